@@ -1,0 +1,37 @@
+#pragma once
+
+#include <poll.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <cstdint>
+
+/// The layer's time: everything that reads it or waits for it does so here. A deadline is a point
+/// of the monotonic clock in nanoseconds. Signals never end a wait early.
+namespace posix {
+
+using Deadline = std::int64_t;
+inline constexpr Deadline Never = INT64_MAX;
+
+/// Now, in nanoseconds.
+Deadline Now();
+
+/// The point so many milliseconds from now; Never for INFINITE.
+Deadline After(std::uint32_t milliseconds);
+
+void SleepUntil(Deadline deadline);
+
+/// Sleeps while the word holds the value, for any process that maps it; may also return without
+/// reason. False once the deadline has passed.
+bool FutexWaitUntil(std::atomic<std::uint32_t>& word, std::uint32_t value, Deadline deadline);
+
+/// Wakes all who wait on the word.
+void FutexWakeAll(std::atomic<std::uint32_t>& word);
+
+/// poll() for one file; the events that came, 0 at the deadline.
+short PollUntil(int file, short events, Deadline deadline);
+
+/// pthread_mutex_lock with a deadline; its results, and ETIMEDOUT.
+int LockUntil(pthread_mutex_t& mutex, Deadline deadline);
+
+}  // namespace posix

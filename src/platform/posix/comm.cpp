@@ -1,0 +1,261 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "platform/posix/comm_settings.h"
+#include "platform/posix/handle.h"
+#include "platform/posix/machine.h"
+#include "platform/posix/wide_text.h"
+
+namespace posix {
+namespace {
+
+constexpr Deadline PerMillisecond = 1'000'000;
+
+Deadline TotalDeadline(DWORD multiplier, DWORD constant, DWORD size) {
+    if (multiplier == 0 && constant == 0) {
+        return Never;
+    }
+    const std::uint64_t total = std::uint64_t{multiplier} * size + constant;
+    constexpr std::uint64_t Longest = Never / PerMillisecond / 2;
+    return Now() + static_cast<Deadline>(std::min(total, Longest)) * PerMillisecond;
+}
+
+class SerialPort : public Object {
+  public:
+    static constexpr Kind OwnKind = Kind::SerialPort;
+
+    SerialPort(File file, const DCB& settings)
+        : Object(OwnKind), file_(std::move(file)), settings_(settings) {}
+
+    DCB Settings() const {
+        const std::lock_guard hold(lock_);
+        return settings_;
+    }
+
+    DWORD Configure(const DCB& settings) {
+        const std::lock_guard hold(lock_);
+        const DWORD error = ApplySettings(file_.Get(), settings);
+        if (error == ERROR_SUCCESS) {
+            settings_ = settings;
+            settings_.DCBlength = sizeof settings_;
+        }
+        return error;
+    }
+
+    void SetTimeouts(const COMMTIMEOUTS& timeouts) {
+        const std::lock_guard hold(lock_);
+        timeouts_ = timeouts;
+    }
+
+    /// Both count what was done and answer an error code.
+    DWORD Read(char* buffer, DWORD size, DWORD& count);
+    DWORD Write(const char* bytes, DWORD size, DWORD& count);
+
+  private:
+    COMMTIMEOUTS Timeouts() const {
+        const std::lock_guard hold(lock_);
+        return timeouts_;
+    }
+
+    const File file_;
+    mutable std::mutex lock_;
+    DCB settings_;
+    COMMTIMEOUTS timeouts_{};
+};
+
+/// When a read that asked for `size` bytes gives up.
+class ReadTimer {
+  public:
+    ReadTimer(const COMMTIMEOUTS& timeouts, DWORD size) : interval_(timeouts.ReadIntervalTimeout) {
+        const DWORD multiplier = timeouts.ReadTotalTimeoutMultiplier;
+        const DWORD constant = timeouts.ReadTotalTimeoutConstant;
+        if (interval_ == MAXDWORD && multiplier == 0 && constant == 0) {
+            deadline_ = 0;
+            takeWhatIsThere_ = true;
+        } else if (interval_ == MAXDWORD && multiplier == MAXDWORD) {
+            deadline_ = TotalDeadline(0, constant, size);
+            takeWhatIsThere_ = true;
+        } else {
+            deadline_ = TotalDeadline(multiplier, constant, size);
+        }
+    }
+
+    void BytesCame() {
+        if (takeWhatIsThere_) {
+            next_ = 0;
+        } else if (interval_ != 0) {
+            next_ = Now() + Deadline{interval_} * PerMillisecond;
+        }
+    }
+
+    Deadline Limit() const { return std::min(deadline_, next_); }
+
+  private:
+    DWORD interval_;
+    bool takeWhatIsThere_ = false;
+    Deadline deadline_ = Never;
+    Deadline next_ = Never;
+};
+
+DWORD SerialPort::Read(char* buffer, DWORD size, DWORD& count) {
+    ReadTimer timer(Timeouts(), size);
+    while (count < size) {
+        const ssize_t got = read(file_.Get(), buffer + count, size - count);
+        if (got > 0) {
+            count += static_cast<DWORD>(got);
+            timer.BytesCame();
+            continue;
+        }
+        const bool empty = got < 0 && errno == EAGAIN;
+        if (!empty && (got == 0 || errno != EINTR)) {
+            // Whatever came first is delivered; the next call fails.
+            return count != 0 ? ERROR_SUCCESS : ERROR_BAD_COMMAND;
+        }
+        if (empty && PollUntil(file_.Get(), POLLIN, timer.Limit()) == 0) {
+            return ERROR_SUCCESS;
+        }
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD SerialPort::Write(const char* bytes, DWORD size, DWORD& count) {
+    const COMMTIMEOUTS timeouts = Timeouts();
+    const Deadline deadline = TotalDeadline(timeouts.WriteTotalTimeoutMultiplier,
+                                            timeouts.WriteTotalTimeoutConstant, size);
+    while (count < size) {
+        const ssize_t put = write(file_.Get(), bytes + count, size - count);
+        if (put >= 0) {
+            count += static_cast<DWORD>(put);
+        } else if (errno == EAGAIN) {
+            if (PollUntil(file_.Get(), POLLOUT, deadline) == 0) {
+                return ERROR_SUCCESS;
+            }
+        } else if (errno != EINTR) {
+            return ERROR_BAD_COMMAND;
+        }
+    }
+    return ERROR_SUCCESS;
+}
+
+/// The number in `\\.\COM<n>`; 0 for any other name.
+unsigned PortNumber(std::string_view name) {
+    constexpr std::string_view Prefix = R"(\\.\com)";
+    unsigned number = 0;
+    if (name.size() > Prefix.size() && SameFolded(name.substr(0, Prefix.size()), Prefix)) {
+        const char* end = name.data() + name.size();
+        const auto parsed = std::from_chars(name.data() + Prefix.size(), end, number);
+        number = parsed.ec == std::errc() && parsed.ptr == end ? number : 0;
+    }
+    return number;
+}
+
+std::string DeviceOf(unsigned port) {
+    const std::string link = MachineRoot() + "/dosdevices/com" + std::to_string(port);
+    struct stat status {};
+    return lstat(link.c_str(), &status) == 0 ? link : "/dev/ttyS" + std::to_string(port - 1);
+}
+
+HANDLE OpenPort(unsigned number) {
+    File file(open(DeviceOf(number).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    if (!file) {
+        return Fail(errno == EIO ? ERROR_FILE_NOT_FOUND : ErrorOf(errno), INVALID_HANDLE_VALUE);
+    }
+    if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+        return Fail(ERROR_ACCESS_DENIED, INVALID_HANDLE_VALUE);
+    }
+    DCB settings{};
+    const DWORD error = TakeOverLine(file.Get(), settings);
+    if (error != ERROR_SUCCESS) {
+        return Fail(error, INVALID_HANDLE_VALUE);
+    }
+    const HANDLE handle = NewHandle(std::make_unique<SerialPort>(std::move(file), settings));
+    return handle != nullptr ? handle : INVALID_HANDLE_VALUE;
+}
+
+/// What ReadFile and WriteFile have in common.
+template <typename Buffer, typename Work>
+BOOL Transfer(HANDLE file, Buffer buffer, LPDWORD done, LPOVERLAPPED overlapped, const Work& work) {
+    if (overlapped != nullptr) {
+        return Fail(ERROR_NOT_SUPPORTED);
+    }
+    if (buffer == nullptr || done == nullptr) {
+        return Fail(ERROR_INVALID_PARAMETER);
+    }
+    *done = 0;
+    const UseOf<SerialPort> port(file);
+    if (!port) {
+        return FALSE;
+    }
+    const DWORD error = work(port);
+    return error == ERROR_SUCCESS ? TRUE : Fail(error);
+}
+
+}  // namespace
+}  // namespace posix
+
+HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES attributes,
+                   DWORD creation, DWORD flags, HANDLE templateFile) {
+    if (access != (GENERIC_READ | GENERIC_WRITE) || share != 0 || attributes != nullptr ||
+        creation != OPEN_EXISTING || (flags != 0 && flags != FILE_ATTRIBUTE_NORMAL) ||
+        templateFile != nullptr) {
+        return posix::Fail(ERROR_NOT_SUPPORTED, INVALID_HANDLE_VALUE);
+    }
+    const unsigned port = posix::PortNumber(name);
+    if (port == 0) {
+        return posix::Fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
+    }
+    return posix::Guarded(INVALID_HANDLE_VALUE, [&] { return posix::OpenPort(port); });
+}
+
+BOOL GetCommState(HANDLE file, LPDCB settings) {
+    const posix::UseOf<posix::SerialPort> port(file);
+    if (!port) {
+        return FALSE;
+    }
+    *settings = port->Settings();
+    return TRUE;
+}
+
+BOOL SetCommState(HANDLE file, LPDCB settings) {
+    const posix::UseOf<posix::SerialPort> port(file);
+    if (!port) {
+        return FALSE;
+    }
+    const DWORD error = port->Configure(*settings);
+    return error == ERROR_SUCCESS ? TRUE : posix::Fail(error);
+}
+
+BOOL SetCommTimeouts(HANDLE file, LPCOMMTIMEOUTS timeouts) {
+    const posix::UseOf<posix::SerialPort> port(file);
+    if (!port) {
+        return FALSE;
+    }
+    if (timeouts->ReadIntervalTimeout == MAXDWORD &&
+        timeouts->ReadTotalTimeoutMultiplier == MAXDWORD &&
+        timeouts->ReadTotalTimeoutConstant == MAXDWORD) {
+        return posix::Fail(ERROR_INVALID_PARAMETER);
+    }
+    port->SetTimeouts(*timeouts);
+    return TRUE;
+}
+
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+    return posix::Transfer(file, buffer, read, overlapped, [&](const auto& port) {
+        return port->Read(static_cast<char*>(buffer), size, *read);
+    });
+}
+
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped) {
+    return posix::Transfer(file, buffer, written, overlapped, [&](const auto& port) {
+        return port->Write(static_cast<const char*>(buffer), size, *written);
+    });
+}

@@ -1,0 +1,127 @@
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <mutex>
+
+#include "platform/posix/handle.h"
+
+namespace posix {
+namespace {
+
+/// What a thread and its handle share.
+struct Course {
+    LPTHREAD_START_ROUTINE function;
+    LPVOID argument;
+    std::atomic<std::uint32_t> id{0};
+    std::atomic<std::uint32_t> ended{0};
+};
+
+void* Run(void* owned) {
+    const std::unique_ptr<std::shared_ptr<Course>> course(
+        static_cast<std::shared_ptr<Course>*>(owned));
+    Course& own = **course;
+    own.id.store(static_cast<std::uint32_t>(syscall(SYS_gettid)), std::memory_order_release);
+    FutexWakeAll(own.id);
+    own.function(own.argument);
+    own.ended.store(1, std::memory_order_release);
+    FutexWakeAll(own.ended);
+    return nullptr;
+}
+
+class Thread : public Object {
+  public:
+    explicit Thread(std::shared_ptr<Course> course)
+        : Object(Kind::Thread), course_(std::move(course)) {}
+
+    ~Thread() override {
+        if (started_ && !joined_) {
+            pthread_detach(thread_);
+        }
+    }
+
+    /// Starts it; an errno value.
+    int Start(SIZE_T stackSize);
+
+    DWORD Id() {
+        while (course_->id.load(std::memory_order_acquire) == 0) {
+            FutexWaitUntil(course_->id, 0, Never);
+        }
+        return course_->id.load(std::memory_order_relaxed);
+    }
+
+    DWORD Wait(Deadline deadline) override {
+        while (course_->ended.load(std::memory_order_acquire) == 0) {
+            if (!FutexWaitUntil(course_->ended, 0, deadline)) {
+                return WAIT_TIMEOUT;
+            }
+        }
+        // Only a joined thread has left the module's code for good, which may be unloaded next.
+        const std::lock_guard hold(joinLock_);
+        if (!joined_) {
+            pthread_join(thread_, nullptr);
+            joined_ = true;
+        }
+        return WAIT_OBJECT_0;
+    }
+
+  private:
+    const std::shared_ptr<Course> course_;
+    pthread_t thread_{};
+    bool started_ = false;
+    std::mutex joinLock_;
+    bool joined_ = false;
+};
+
+int Thread::Start(SIZE_T stackSize) {
+    auto shared = std::make_unique<std::shared_ptr<Course>>(course_);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    std::size_t standard = 0;
+    pthread_attr_getstacksize(&attributes, &standard);
+    int error = 0;
+    if (stackSize > standard) {
+        error = pthread_attr_setstacksize(&attributes, stackSize);
+    }
+    if (error == 0) {
+        error = pthread_create(&thread_, &attributes, Run, shared.get());
+    }
+    pthread_attr_destroy(&attributes);
+    if (error == 0) {
+        started_ = true;
+        (void)shared.release();  // The thread's own now.
+    }
+    return error;
+}
+
+}  // namespace
+}  // namespace posix
+
+HANDLE CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize,
+                    LPTHREAD_START_ROUTINE function, LPVOID argument, DWORD flags, LPDWORD id) {
+    if (attributes != nullptr || flags != 0) {
+        return posix::Fail(ERROR_NOT_SUPPORTED, HANDLE{nullptr});
+    }
+    if (function == nullptr) {
+        return posix::Fail(ERROR_INVALID_PARAMETER, HANDLE{nullptr});
+    }
+    return posix::Guarded(HANDLE{nullptr}, [&]() -> HANDLE {
+        auto course = std::make_shared<posix::Course>();
+        course->function = function;
+        course->argument = argument;
+        auto thread = std::make_unique<posix::Thread>(course);
+        posix::Thread& started = *thread;
+        const HANDLE handle = posix::NewHandle(std::move(thread));
+        if (handle == nullptr) {
+            return nullptr;
+        }
+        const int error = started.Start(stackSize);
+        if (error != 0) {
+            CloseHandle(handle);
+            return posix::Fail(posix::ErrorOf(error), HANDLE{nullptr});
+        }
+        if (id != nullptr) {
+            *id = started.Id();
+        }
+        return handle;
+    });
+}
