@@ -1,0 +1,181 @@
+#include "log/zbr_log.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+constexpr DWORD MapBytes = 10000;
+constexpr DWORD MutexWaitMilliseconds = 5000;
+static_assert(MapBytes == LogBlockCharacters * sizeof(WCHAR));
+
+/// Length of the block's text, or LogBlockCharacters when it has no end. Looks at a whole stretch
+/// at a time, so that the compiler can use vector instructions: the block is measured for every
+/// piece and is mostly full.
+std::size_t MeasureBlock(const WCHAR* block) {
+    constexpr std::size_t Stretch = 200;
+    static_assert(LogBlockCharacters % Stretch == 0);
+    for (std::size_t start = 0; start < LogBlockCharacters; start += Stretch) {
+        std::uint16_t zeros = 0;
+        for (std::size_t i = 0; i < Stretch; ++i) {
+            zeros = static_cast<std::uint16_t>(zeros | (block[start + i] == 0 ? 1U : 0U));
+        }
+        if (zeros != 0) {
+            return start + static_cast<std::size_t>(
+                               std::find(block + start, block + start + Stretch, WCHAR{0}) -
+                               (block + start));
+        }
+    }
+    return LogBlockCharacters;
+}
+
+/// The 16-bit character of one narrow byte under the process's locale; 0xFFFF if it has none.
+WCHAR Widen(char byte) {
+    const int value = static_cast<signed char>(byte);
+    return static_cast<WCHAR>(value >= 0 ? static_cast<std::wint_t>(value) : std::btowc(value));
+}
+
+/// Stores a handle that any thread may have made meanwhile: the loser's own is closed.
+HANDLE KeepOne(std::atomic<HANDLE>& slot, HANDLE made) {
+    HANDLE kept = nullptr;
+    if (made == nullptr || slot.compare_exchange_strong(kept, made)) {
+        return made;
+    }
+    CloseHandle(made);
+    return kept;
+}
+
+HANDLE EnsureMutex(std::atomic<HANDLE>& slot) {
+    const HANDLE mutex = slot.load();
+    return mutex != nullptr
+               ? mutex
+               : KeepOne(slot, CreateMutexW(nullptr, FALSE, WIDE("ZBR_LOG_MAPLOCKNAME")));
+}
+
+HANDLE EnsureEvent(std::atomic<HANDLE>& slot) {
+    const HANDLE event = slot.load();
+    return event != nullptr
+               ? event
+               : KeepOne(slot, CreateEventW(nullptr, FALSE, FALSE, WIDE("ZBR_LOG_EVENTNAME")));
+}
+
+}  // namespace
+
+constinit ZBR_Log LogChannel;
+
+WCHAR* SharedMap::EnsureView() {
+    if (WCHAR* view = view_.load()) {
+        return view;
+    }
+    const HANDLE map = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                          MapBytes, WIDE("ZBR_LOG_MAPNAME"));
+    if (map == nullptr) {
+        return nullptr;
+    }
+    auto* const made =
+        static_cast<WCHAR*>(MapViewOfFile(map, FILE_MAP_READ | FILE_MAP_WRITE, 0, 0, MapBytes));
+    WCHAR* kept = nullptr;
+    if (made != nullptr && view_.compare_exchange_strong(kept, made)) {
+        map_.store(map);
+        size_.store(MapBytes);
+        return made;
+    }
+    if (made != nullptr) {
+        UnmapViewOfFile(made);
+    }
+    CloseHandle(map);
+    return kept;
+}
+
+void SharedMap::Close() {
+    if (WCHAR* view = view_.exchange(nullptr)) {
+        UnmapViewOfFile(view);
+    }
+    if (HANDLE map = map_.exchange(nullptr)) {
+        CloseHandle(map);
+    }
+    size_.store(0);
+}
+
+template <typename Append>
+void ZBR_Log::WritePiece(std::size_t length, bool hasLineFeed, Append append) {
+    const bool viewerRuns = FindWindowW(nullptr, WIDE("Zembra Log")) != nullptr;
+    if (length + 1 > LogBlockCharacters) {
+        return;
+    }
+    WCHAR* const block = map_.EnsureView();
+    if (block == nullptr) {
+        return;
+    }
+    const HANDLE mutex = EnsureMutex(mutex_);
+    const DWORD wait = WaitForSingleObject(mutex, MutexWaitMilliseconds);
+    if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
+        return;
+    }
+    const std::size_t used = MeasureBlock(block);
+    if (used + length + 1 <= LogBlockCharacters) {
+        append(block + used);
+        block[used + length] = 0;
+    }
+    ReleaseMutex(mutex);
+    if (hasLineFeed && viewerRuns) {
+        SetEvent(EnsureEvent(event_));
+    }
+}
+
+void ZBR_Log::WriteText(const char* text) {
+    const std::size_t length = std::strlen(text);
+    WritePiece(length, std::strchr(text, '\n') != nullptr,
+               [=](WCHAR* end) { std::transform(text, text + length, end, Widen); });
+}
+
+void ZBR_Log::WriteWideText(const WCHAR* text) {
+    const std::basic_string_view<WCHAR> view(text);
+    WritePiece(view.size(), view.find(WCHAR{'\n'}) != view.npos,
+               [=](WCHAR* end) { std::copy(view.begin(), view.end(), end); });
+}
+
+void ZBR_Log::WriteFormatted(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    va_end(arguments);
+    if (length >= 0) {
+        const auto size = static_cast<std::size_t>(length) + 1;
+        const std::unique_ptr<char, decltype(&std::free)> text(
+            static_cast<char*>(std::malloc(size)), &std::free);
+        if (text != nullptr) {
+            std::vsnprintf(text.get(), size, format, again);
+            WriteText(text.get());
+        }
+    }
+    va_end(again);
+}
+
+ZBR_Log& ZBR_Log::operator<<(const char* text) {
+    WriteText(text);
+    return *this;
+}
+
+ZBR_Log& ZBR_Log::operator<<(const std::string& text) {
+    return *this << text.c_str();
+}
+
+void ZBR_Log::Close() {
+    if (HANDLE event = event_.exchange(nullptr)) {
+        CloseHandle(event);
+    }
+    map_.Close();
+    if (HANDLE mutex = mutex_.exchange(nullptr)) {
+        ReleaseMutex(mutex);
+        CloseHandle(mutex);
+    }
+}
