@@ -1,0 +1,77 @@
+#include "link/command_queue.h"
+
+#include <memory>
+#include <utility>
+
+#include "link/exchange.h"
+#include "log/log_line.h"
+
+CRITICAL_SECTION CommandQueueLock;
+std::atomic<HANDLE> CommandEvent{nullptr};
+
+namespace {
+
+/// Storage without a life of its own, like that of the shared stage data.
+union QueueStorage {
+    constexpr QueueStorage() : empty() {}
+    ~QueueStorage() {}
+    char empty;
+    std::deque<PostedCommand> queue;
+};
+
+constinit QueueStorage storage;
+
+}  // namespace
+
+std::deque<PostedCommand>& CommandQueue = storage.queue;
+
+void MakeCommandQueue() {
+    std::construct_at(&storage.queue);
+}
+
+void FreeCommandQueue() {
+    std::destroy_at(&storage.queue);
+}
+
+HANDLE OpenCommandEvent() {
+    return CreateEventW(nullptr, FALSE, FALSE, WIDE("ZbOvisk_ComEvent"));
+}
+
+bool PostCommand(std::uint32_t id, const std::string& text) {
+    PostedCommand command{id, text};
+    {
+        const LockHold hold(CommandQueueLock);
+        CommandQueue.push_back(std::move(command));
+    }
+    if (const HANDLE event = CommandEvent.load()) {
+        SetEvent(event);
+    }
+    return true;
+}
+
+bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) {
+    if (CommandQueue.empty()) {
+        return false;
+    }
+    entry = std::move(CommandQueue.front());
+    CommandQueue.pop_front();
+    auto kept = CommandQueue.begin();
+    for (auto next = kept; next != CommandQueue.end(); ++next) {
+        if (next->id == entry.id) {
+            entry.text = std::move(next->text);
+            WriteLine("ZbComPopUniqueCommandNoLock POPPED!\n");
+        } else {
+            if (kept != next) {
+                *kept = std::move(*next);
+            }
+            ++kept;
+        }
+    }
+    CommandQueue.erase(kept, CommandQueue.end());
+    return true;
+}
+
+bool RunPostedCommand(const char* text) {
+    std::string reply;
+    return ExchangeLocked(text, reply);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <string>
+
+#include "platform/lock_hold.h"
+
+/// A command whose reply nobody waits for.
+struct PostedCommand {
+    std::uint32_t id = 0;  ///< of several waiting commands with one id only the newest is sent
+    std::string text;      ///< the whole request with its line end
+};
+
+/// Who may post what: a lamp's number is its id, and each axis of homing has one.
+inline constexpr std::uint32_t HomingXId = 100;
+inline constexpr std::uint32_t HomingYId = 101;
+
+/// Guards CommandQueue. Held for one addition or one pop, never during an exchange.
+extern CRITICAL_SECTION CommandQueueLock;
+
+/// The commands that wait, in the order of posting. Any thread adds, only the worker takes.
+extern std::deque<PostedCommand>& CommandQueue ZB_GUARDED_BY(CommandQueueLock);
+
+/// The event that wakes the worker before its poll time-out has passed: named, automatic reset.
+/// Null until the first start of the module; never closed. Written once, by the start.
+extern std::atomic<HANDLE> CommandEvent;
+
+/// Makes a handle to the event, creating the event if nobody has. Null when the system refuses.
+HANDLE OpenCommandEvent();
+
+/// Puts a command on the queue and wakes the worker. Always true; says nothing about the
+/// controller. Any thread, at any time; never waits for the line. Throws only std::bad_alloc.
+bool PostCommand(std::uint32_t id, const std::string& text) ZB_EXCLUDES(CommandQueueLock);
+
+/// Takes the oldest command, folds all newer ones of its id into it, and logs a line for each of
+/// those: `entry` has the place of the oldest and the text of the newest. Commands of other ids
+/// keep their order. False when the queue is empty; `entry` is then unchanged. Linear in the length
+/// of the queue.
+bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) ZB_REQUIRES(CommandQueueLock);
+
+/// Sends a posted command and drops the reply. The result is that of the exchange.
+bool RunPostedCommand(const char* text);
+
+/// Life of the queue: made before anything else runs, freed as one of the module's last acts.
+void MakeCommandQueue() ZB_NO_THREAD_SAFETY_ANALYSIS;
+void FreeCommandQueue() ZB_NO_THREAD_SAFETY_ANALYSIS;

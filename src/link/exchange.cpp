@@ -1,0 +1,57 @@
+#include "link/exchange.h"
+
+#include <algorithm>
+
+#include "link/protocol.h"
+#include "log/log_line.h"
+#include "settings/settings.h"
+
+namespace {
+
+/// When an exchange last failed to open the port or to write; 0 when none has.
+ULONGLONG LastFailureTick ZB_GUARDED_BY(ComLock) = 0;
+
+}  // namespace
+
+bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled) {
+    if (CurrentPortSettings().Port < 0) {
+        WriteLine("ZbComOpenWriteRead BAD PORT\n");
+        return false;
+    }
+    if (ZbComOpen() == 0) {
+        WriteLine("ZbComOpenWriteRead ERROR\n");
+        LastFailureTick = GetTickCount64();
+        return false;
+    }
+    const auto pause = static_cast<DWORD>(std::max(Delay, 0));
+    const ULONGLONG elapsed = GetTickCount64() - LastFailureTick;
+    if (elapsed < pause) {
+        Sleep(pause - static_cast<DWORD>(elapsed));
+    }
+    if (!ZbComWrite(command, logEnabled)) {
+        LastFailureTick = GetTickCount64();
+        return false;
+    }
+    Sleep(pause);
+    if (!ZbComRead(reply, logEnabled)) {
+        WriteLine("ZbComOpenWriteRead read failure\n");
+        return false;
+    }
+    if (logEnabled) {
+        WriteLine("Reply: ", reply, "\n");
+    }
+    return true;
+}
+
+bool ExchangeLocked(const char* command, std::string& reply) {
+    const std::string text(command);
+    const bool logEnabled = SerialLogEnabled.load() != 0;
+    const ComLockHold hold;
+    return ZbComOpenWriteRead(text, reply, logEnabled);
+}
+
+int MyRemoteEnable() {
+    std::string reply;
+    ExchangeLocked(RemoteEnableRequest, reply);
+    return 1;
+}

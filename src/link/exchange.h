@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "link/com_lock.h"
+
+/// One write and one read: opens the port if needed, waits out `Delay` after a failure, writes,
+/// waits `Delay`, reads. True when a reply with a line-feed came; its form is not looked at. Logs
+/// its failures, and with `logEnabled` its texts. `reply` keeps its content when nothing was read.
+bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled)
+    ZB_REQUIRES(ComLock);
+
+/// ZbComOpenWriteRead as one whole under ComLock. `command` is zero-terminated and carries its own
+/// line end. Any thread; waits for the exchange that runs.
+bool ExchangeLocked(const char* command, std::string& reply) ZB_EXCLUDES(ComLock);
+
+/// Puts the controller into remote mode and drops the reply. Always 1.
+int MyRemoteEnable() ZB_EXCLUDES(ComLock);

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+
+#include "link/exchange.h"
+
+/// A reply of 255 characters and its zero. Zero-filled before it is handed to ExchangeChecked.
+using ExchangeReplyBuffer = std::array<char, 256>;
+
+/// A request and the beginning of its reply. docs/protocol.md shows the whole of both.
+struct Query {
+    const char* request;
+    const char* prefix;
+};
+
+inline constexpr const char* RemoteEnableRequest = "@SMOD=1\r\n";
+inline constexpr Query PositionQuery{"@CPOSMR?\r\n", ">CPOSMR="};
+inline constexpr Query SwitchQuery{"@SSWC?\r\n", ">SSWC="};
+inline constexpr Query LampQuery{"@LABR?\r\n", ">LABR="};
+inline constexpr Query MotionQuery{"@MCND?\r\n", ">MCND="};
+
+/// The move to three counts, X, Y and Z, each with its sign.
+inline constexpr const char* MoveRequestFormat = "@MMVAL=%+d,%+d,%+d\r\n";
+inline constexpr const char* MoveReplyPrefix = ">MMVAL=";
+
+/// A lamp's setting: this, the lamp's number, "=", the value, RequestEnd.
+inline constexpr const char* LampRequest = "@LBRT";
+inline constexpr const char* RequestEnd = "\r\n";
+
+/// One exchange whose reply has to have the right form: longer than `prefix` and the line end,
+/// beginning with `prefix`, ending in CR LF, at most 255 characters. True: the reply is in
+/// `replyBuffer`, whole. False, with a log line: the buffer is as it was when no reply came, or
+/// holds the bad reply (its first 255 characters). Any thread.
+bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer);

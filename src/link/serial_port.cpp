@@ -1,0 +1,145 @@
+#include "link/serial_port.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "log/log_line.h"
+#include "settings/settings.h"
+
+CRITICAL_SECTION ComLock;
+HANDLE ComHandle = nullptr;
+std::int32_t OpenPortNumber = -1;
+
+namespace {
+
+constexpr COMMTIMEOUTS TimeOuts = {
+    .ReadIntervalTimeout = 20,
+    .ReadTotalTimeoutMultiplier = 10,
+    .ReadTotalTimeoutConstant = 100,
+    .WriteTotalTimeoutMultiplier = 10,
+    .WriteTotalTimeoutConstant = 100,
+};
+constexpr DWORD ReadBytes = 255;
+constexpr ULONGLONG ReadLimitMilliseconds = 1000;
+constexpr std::size_t ReplyLimitBytes = 64 * 1024;
+
+bool ConfigureOpenPort(const PortSettings& settings) ZB_REQUIRES(ComLock) {
+    DCB line{};
+    line.DCBlength = sizeof(line);
+    if (!GetCommState(ComHandle, &line)) {
+        LogSystemError("ZbComOpen GetCommState Error: ", GetLastError());
+        return false;
+    }
+    line.BaudRate = settings.BaudRate;
+    line.ByteSize = static_cast<BYTE>(settings.ByteSize);
+    line.Parity = static_cast<BYTE>(settings.Parity);
+    line.StopBits = static_cast<BYTE>(settings.StopBits);
+    if (!SetCommState(ComHandle, &line)) {
+        LogSystemError("ZbComOpen SetCommState Error: ", GetLastError());
+        return false;
+    }
+    COMMTIMEOUTS timeOuts = TimeOuts;
+    if (!SetCommTimeouts(ComHandle, &timeOuts)) {
+        LogSystemError("ZbComOpen SetCommTimeouts Error: ", GetLastError());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int ZbComOpen() {
+    const PortSettings settings = CurrentPortSettings();
+    if (ComHandle != nullptr) {
+        if (settings.Port == OpenPortNumber) {
+            return 1;
+        }
+        ZbComClose();
+    }
+    char name[128];
+    std::snprintf(name, sizeof(name), R"(\\.\COM%d)", static_cast<int>(settings.Port));
+    WriteLine("ZbComOpen opening: ", name, "\n");
+    const HANDLE port =
+        CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (port == INVALID_HANDLE_VALUE) {
+        LogSystemError("ZbComOpen CreateFile Error: ", GetLastError());
+        return 0;
+    }
+    ComHandle = port;
+    OpenPortNumber = settings.Port;
+    if (!ConfigureOpenPort(settings)) {
+        return 0;
+    }
+    Sleep(1);
+    return 1;
+}
+
+void ZbComClose() {
+    if (ComHandle != nullptr) {
+        CloseHandle(ComHandle);
+        ComHandle = nullptr;
+        OpenPortNumber = -1;
+    }
+}
+
+bool ZbComWrite(const std::string& command, bool logEnabled) {
+    if (ComHandle == nullptr) {
+        return false;
+    }
+    if (logEnabled) {
+        WriteLine("ZbComWrite: ", command, "\n");
+    }
+    DWORD written = 0;
+    if (!WriteFile(ComHandle, command.data(), static_cast<DWORD>(command.size()), &written,
+                   nullptr)) {
+        LogSystemError("ZbComWrite WriteFile Error: ", GetLastError());
+        return false;
+    }
+    return true;
+}
+
+bool ZbComRead(std::string& reply, bool logEnabled) {
+    reply.clear();
+    const ULONGLONG start = GetTickCount64();
+    while (GetTickCount64() - start < ReadLimitMilliseconds) {
+        char chunk[ReadBytes + 1] = {};
+        DWORD count = 0;
+        if (!ReadFile(ComHandle, chunk, ReadBytes, &count, nullptr)) {
+            LogSystemError("ZbComRead ReadFile Error: ", GetLastError());
+            return false;
+        }
+        if (count == 0) {
+            WriteLine("ZbComRead timeout retry\n");
+            continue;
+        }
+        chunk[count] = 0;
+        if (reply.size() + std::strlen(chunk) <= ReplyLimitBytes) {
+            reply += chunk;
+            if (std::strchr(chunk, '\n') != nullptr) {
+                if (logEnabled) {
+                    WriteLine("ZbComRead: ", reply, "\n");
+                }
+                return true;
+            }
+        }
+        LogChannel.WriteFormatted("ZbComRead partial \"%s\" byte count %d\n", chunk,
+                                  static_cast<int>(count));
+    }
+    WriteLine("ZbComRead TIMEEOUT!\n");
+    return false;
+}
+
+void LogSystemError(const char* prefix, std::uint32_t code) {
+    LPWSTR message = nullptr;
+    const DWORD length = FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+        nullptr, code, 0x400, reinterpret_cast<LPWSTR>(&message), 0, nullptr);
+    WritePiece(prefix);
+    if (length == 0 || message == nullptr) {
+        WriteLine("error ", std::to_string(code));
+    } else {
+        LogChannel.WriteWideText(message);
+    }
+    LocalFree(message);
+    WritePiece("\n");
+}

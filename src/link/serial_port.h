@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/lock_hold.h"
+
+/// The one lock of the serial link: guards the port and is held for one whole exchange, up to
+/// about 3.7 s at worst. Take it through ComLockHold. Never held together with another lock of the
+/// module but the log channel's mutex and the port settings' lock.
+extern CRITICAL_SECTION ComLock;
+
+/// The open port, null when it is closed.
+extern HANDLE ComHandle ZB_GUARDED_BY(ComLock);
+/// The `Port` value that ComHandle was opened for, -1 when none is.
+extern std::int32_t OpenPortNumber ZB_GUARDED_BY(ComLock);
+
+/// Opens and configures the port of the settings unless it is open already; a port that is open on
+/// another number is closed first. Returns 1 when the port is usable, 0 with a log line when not.
+int ZbComOpen() ZB_REQUIRES(ComLock);
+
+/// Closes the port, if it is open.
+void ZbComClose() ZB_REQUIRES(ComLock);
+
+/// Writes the text as it stands, with the line end that it carries. False when the port is closed,
+/// or with a log line when the write failed. `logEnabled` turns the line with the text on.
+bool ZbComWrite(const std::string& command, bool logEnabled) ZB_REQUIRES(ComLock);
+
+/// Reads until a line-feed has come. `reply` is emptied first and takes every byte up to the end of
+/// the read that brought the line-feed; at most 64 KiB are collected. False, with a log line, when
+/// a read failed or the time limit of about 1000 ms passed (2650 ms on a silent line); `reply`
+/// then keeps what came.
+bool ZbComRead(std::string& reply, bool logEnabled) ZB_REQUIRES(ComLock);
+
+/// Logs the prefix, the system's text for the error code, and a line-feed.
+void LogSystemError(const char* prefix, std::uint32_t code);
