@@ -1,0 +1,58 @@
+#include "host/start_stop.h"
+
+#include "link/command_queue.h"
+#include "link/exchange.h"
+#include "log/log_line.h"
+#include "worker/worker_thread.h"
+
+std::atomic<std::uint8_t> AutoHomingMode{0};
+
+namespace {
+
+constexpr int WorkerWaitSleeps = 200;
+constexpr DWORD WorkerWaitMilliseconds = 10;
+
+Decimal Low32(std::uintptr_t data) {
+    return {static_cast<std::int32_t>(data)};
+}
+
+/// Of two threads that start the module at once, one starts the worker.
+void StartWorkerOnce() {
+    if (CommandEvent.load() != nullptr) {
+        return;
+    }
+    HANDLE none = nullptr;
+    const HANDLE event = OpenCommandEvent();
+    if (!CommandEvent.compare_exchange_strong(none, event)) {
+        CloseHandle(event);
+        return;
+    }
+    const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
+    if (worker != nullptr) {
+        CloseHandle(worker);
+    }
+}
+
+void WaitForWorker() {
+    for (int sleeps = 0; sleeps < WorkerWaitSleeps && WorkerFinished.load() == 0; ++sleeps) {
+        Sleep(WorkerWaitMilliseconds);
+    }
+}
+
+}  // namespace
+
+void StartModule(std::uintptr_t data) {
+    WriteLine("OviskCmd_Startup data=", Low32(data), "\n");
+    AutoHomingMode.store(data == 1 ? 1 : 0);
+    MyRemoteEnable();
+    StartWorkerOnce();
+}
+
+void StopModule(std::uintptr_t data) {
+    WriteLine("OviskCmd_Shutdown data=", Low32(data), "\n");
+    StopRequested.store(1);
+    WaitForWorker();
+    WriteLine("OviskCmd_Shutdown closing comms\n");
+    ClosePortWhenFree();
+    WriteLine("OviskCmd_Shutdown finished\n");
+}

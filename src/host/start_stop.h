@@ -1,0 +1,15 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+/// 1 when the last start asked for automatic homing.
+extern std::atomic<std::uint8_t> AutoHomingMode;
+
+/// `OviskCmd_Startup`: remote mode, then the worker, if none was ever started. Takes one exchange
+/// on the caller's thread.
+void StartModule(std::uintptr_t data);
+
+/// `OviskCmd_Shutdown`: asks the worker to end, waits for it for at most 200 sleeps of 10 ms, and
+/// closes the port; an exchange that still runs closes it as it ends.
+void StopModule(std::uintptr_t data);

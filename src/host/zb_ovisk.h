@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+
+#include "stage/cnc_notify.h"
+#include "stage/ovisk_data.h"
+
+/// The module's exports: all that a host needs.
+///
+/// Order of calls. The module is loaded once. `OviskCmd_Startup` opens the port, puts the
+/// controller into remote mode and starts the worker, which from then on keeps the record current.
+/// The other exports may be called at any time, from any thread; none of them waits for the serial
+/// line but where it says so. `OviskCmd_Shutdown` stops the worker and closes the port; a module
+/// that was stopped is not started again within the process. Send it before the library is
+/// unloaded.
+///
+///     OVISK_ZbrCmd(OviskCmd_Startup, 0);
+///     OviskData data;                          // constructed, owned by the host
+///     while (measuring) {
+///         ZbOvisk_GetOviskData(data);
+///         if (!data.cposmr.xError) Show(data.cposmr.x);
+///         bool anySwitch, emergency, lamps;
+///         if (ZbOvisk_GetAndClearLatches(&anySwitch, &emergency, &lamps)) React(anySwitch, lamps);
+///     }
+///     OVISK_ZbrCmd(OviskCmd_Shutdown, 0);
+///
+/// Host and module have to be built with one string type and share one heap: the module assigns the
+/// texts of the host's record.
+
+#if defined(_WIN32)
+#if defined(ZBOVISK_BUILD)
+#define ZBOVISK_API __declspec(dllexport)
+#else
+#define ZBOVISK_API __declspec(dllimport)
+#endif
+#else
+#define ZBOVISK_API __attribute__((visibility("default")))
+#endif
+
+/// Commands of OVISK_ZbrCmd.
+enum OviskCommand : std::uint32_t {
+    /// data: 1 selects automatic homing, any other value manual homing. Takes one exchange on the
+    /// caller's thread, which has to be a window thread when the settings ask for the panel.
+    OviskCmd_Startup = 1,
+    /// data: only logged. Waits for the worker for about two seconds at most, then closes the port.
+    OviskCmd_Shutdown = 2,
+};
+
+extern "C" {
+
+/// Runs a command. Always true, for unknown commands too; those are logged.
+ZBOVISK_API bool OVISK_ZbrCmd(std::uint32_t command, std::uintptr_t data);
+
+/// Copies the stage data into the host's record, with the positions divided by `ScaleFactor`.
+/// Never waits for the line. True; false only when there was no memory for a text.
+ZBOVISK_API bool ZbOvisk_GetOviskData(OviskData& data);
+
+/// Reads the latches and clears them in one step. All three outputs are written; none may be null.
+/// True when a switch or a lamp change was latched. Never waits for the line.
+ZBOVISK_API bool ZbOvisk_GetAndClearLatches(bool* anySwitchLatched, bool* emergencyLatched,
+                                            bool* lampChangedLatched);
+
+/// Sends the stage to an absolute position; a unit of x, y and z is 1000000 controller counts,
+/// whatever `ScaleFactor` says. Takes one exchange on the caller's thread, behind the one that
+/// runs. True: the controller answered and the move is watched; `callback`, if it is not null, is
+/// called once with `data` when the move is over. False: no move is watched that was not before; a
+/// target that is no number, or beyond about 2147.48 units, is refused before anything is sent.
+///
+/// The callback does not come when a newer move takes over, when the condition of the move can't be
+/// read, or when the module is stopped. A host that has to know watches the position too.
+ZBOVISK_API bool ZbOvisk_CncGotoAbsoluteNotifyWorld(double x, double y, double z,
+                                                    CncNotifyCallback callback, std::intptr_t data);
+
+/// Posts the brightness of a lamp: `lamp` 0 to 10, `value` 0 to 255 (values outside are taken as
+/// the nearest limit). True when it is posted; false when there is no such lamp. Never waits.
+ZBOVISK_API bool ZbOvisk_SetLight(std::int32_t lamp, std::int32_t value);
+}

@@ -1,0 +1,116 @@
+#include "worker/moves.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+#include "link/protocol.h"
+#include "log/log_line.h"
+#include "replies/motion_condition.h"
+
+std::atomic<std::uint8_t> MoveActive{0};
+
+namespace {
+
+constexpr double CountsPerUnit = 1000000.0;
+
+/// Held from the request of a move until it is watched, so that two threads' moves are watched in
+/// the order in which the controller took them. Taken before ComLock and MoveLock.
+CRITICAL_SECTION moveOrderLock;
+
+/// Guards the watch; held for a few stores.
+CRITICAL_SECTION moveLock;
+
+/// The last accepted move. The number tells a move from the one before it.
+struct Watch {
+    CncNotifyCallback MoveCallback = nullptr;
+    std::intptr_t MoveData = 0;
+    std::uint32_t number = 0;
+};
+Watch watch ZB_GUARDED_BY(moveLock);
+
+/// The target in counts. False when the controller has no such count.
+bool ToCounts(double target, std::int32_t& counts) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const double product = target * CountsPerUnit;
+    // Written so that a value that is no number fails it too. The limits are half a count wider,
+    // less the halves that would round out of range.
+    if (!(product > Limits::min() - 0.5 && product < Limits::max() + 0.5)) {
+        return false;
+    }
+    counts = static_cast<std::int32_t>(std::lround(product));
+    return true;
+}
+
+bool HasError(const McndReply& reply) {
+    constexpr std::int32_t Failed = 2;
+    return reply.cancelled == 1 || reply.xResult == Failed || reply.yResult == Failed ||
+           reply.zResult == Failed || reply.xHwLimit != 0 || reply.yHwLimit != 0 ||
+           reply.zHwLimit != 0 || reply.xSwLimit != 0 || reply.ySwLimit != 0 || reply.zSwLimit != 0;
+}
+
+bool IsMoving(const McndReply& reply) {
+    return reply.xMoving == 1 || reply.yMoving == 1 || reply.zMoving == 1;
+}
+
+void StartWatch(CncNotifyCallback callback, std::intptr_t data) {
+    const LockHold hold(moveLock);
+    watch = {callback, data, watch.number + 1};
+    MoveActive.store(1);
+}
+
+std::uint32_t WatchedNumber() {
+    const LockHold hold(moveLock);
+    return watch.number;
+}
+
+/// Ends the watch of the move with that number and gives it out. False when a newer move has taken
+/// over: the condition was asked for before that one was accepted and must not end it.
+bool EndWatch(std::uint32_t number, Watch& ended) {
+    const LockHold hold(moveLock);
+    if (watch.number != number) {
+        return false;
+    }
+    ended = watch;
+    MoveActive.store(0);
+    return true;
+}
+
+}  // namespace
+
+void MakeMoveLocks() {
+    InitializeCriticalSection(&moveOrderLock);
+    InitializeCriticalSection(&moveLock);
+}
+
+bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std::intptr_t data) {
+    std::int32_t counts[3];
+    if (!ToCounts(x, counts[0]) || !ToCounts(y, counts[1]) || !ToCounts(z, counts[2])) {
+        WriteLine("MOVE OUT OF RANGE\n");
+        return false;
+    }
+    char command[256] = {};
+    std::snprintf(command, sizeof(command), MoveRequestFormat, static_cast<int>(counts[0]),
+                  static_cast<int>(counts[1]), static_cast<int>(counts[2]));
+    ExchangeReplyBuffer reply{};
+    const LockHold hold(moveOrderLock);
+    if (!ExchangeChecked(command, MoveReplyPrefix, reply)) {
+        return false;
+    }
+    StartWatch(callback, data);
+    return true;
+}
+
+void TestMove() {
+    const std::uint32_t number = WatchedNumber();
+    McndReply reply;
+    const bool known = MyQueryMcnd(reply);
+    const bool error = HasError(reply);
+    if (known && !error && IsMoving(reply)) {
+        return;
+    }
+    Watch ended;
+    if (EndWatch(number, ended) && known && ended.MoveCallback != nullptr) {
+        ended.MoveCallback(true, error, &reply, ended.MoveData);
+    }
+}

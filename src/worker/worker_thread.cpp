@@ -1,0 +1,72 @@
+#include "worker/worker_thread.h"
+
+#include <utility>
+
+#include "link/command_queue.h"
+#include "replies/position.h"
+#include "settings/settings.h"
+#include "stage/stage_data.h"
+#include "worker/status_poll.h"
+
+std::atomic<std::uint8_t> StopRequested{0};
+std::atomic<std::uint8_t> WorkerFinished{0};
+
+namespace {
+
+constexpr ULONGLONG ReloadMilliseconds = 2000;
+
+void PollPosition() {
+    CposmrReply reply;
+    if (MyQueryCposmr(reply)) {
+        MergePosition(std::move(reply));
+    }
+}
+
+void Poll() {
+    PollPosition();
+    MyPollStep();
+}
+
+/// Sends what waits, in its order, until nothing is left.
+void DrainCommands() {
+    PostedCommand command;
+    const auto pop = [&command] {
+        const LockHold hold(CommandQueueLock);
+        return ZbComPopUniqueCommandNoLock(command);
+    };
+    while (pop()) {
+        RunPostedCommand(command.text.c_str());
+    }
+}
+
+void RunPasses() {
+    const HANDLE event = OpenCommandEvent();
+    const DWORD pollTimeOut = ReadCommandPoll();
+    ULONGLONG reloadTick = GetTickCount64();
+    while (StopRequested.load() == 0) {
+        const ULONGLONG now = GetTickCount64();
+        if (now - reloadTick > ReloadMilliseconds) {
+            reloadTick = now;
+            ReloadSettings();
+        }
+        const DWORD wait = WaitForSingleObject(event, pollTimeOut);
+        if (wait == WAIT_TIMEOUT) {
+            Poll();
+        } else if (wait == WAIT_FAILED) {
+            Sleep(pollTimeOut);  // A wait that fails at once would otherwise spin.
+        }
+        DrainCommands();
+    }
+}
+
+}  // namespace
+
+DWORD WINAPI MyWorkerThread(LPVOID) {
+    try {
+        RunPasses();
+    } catch (...) {
+        // The host goes on with the last good values; the shutdown then has nothing to wait for.
+    }
+    WorkerFinished.store(1);
+    return 0;
+}
