@@ -1,0 +1,27 @@
+#include <dlfcn.h>
+
+#include <stdexcept>
+
+#include "host/library.h"
+
+namespace host_tool {
+
+const char* const ModuleFileName = "libZbOvisk.so";
+
+void* LoadLibraryFile(const std::filesystem::path& path) {
+    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        throw std::runtime_error(dlerror());
+    }
+    return library;
+}
+
+void UnloadLibraryFile(void* library) {
+    dlclose(library);
+}
+
+void* FindExport(void* library, const char* name) {
+    return dlsym(library, name);
+}
+
+}  // namespace host_tool

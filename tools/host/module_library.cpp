@@ -1,0 +1,28 @@
+#include "host/module_library.h"
+
+#include <stdexcept>
+#include <string>
+
+#include "host/library.h"
+
+namespace host_tool {
+
+template <typename Function>
+void ModuleLibrary::Find(Function& function, const char* name) {
+    function = reinterpret_cast<Function>(FindExport(library_, name));
+    if (function == nullptr) {
+        throw std::runtime_error(std::string("the module has no export ") + name);
+    }
+}
+
+ModuleLibrary::ModuleLibrary(const std::filesystem::path& path) : library_(LoadLibraryFile(path)) {
+    Find(OVISK_ZbrCmd, "OVISK_ZbrCmd");
+    Find(ZbOvisk_GetOviskData, "ZbOvisk_GetOviskData");
+    Find(ZbOvisk_GetAndClearLatches, "ZbOvisk_GetAndClearLatches");
+}
+
+ModuleLibrary::~ModuleLibrary() {
+    UnloadLibraryFile(library_);
+}
+
+}  // namespace host_tool
