@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace test_support {
+
+/// Where the machine's settings file lies, whether it exists or not.
+std::filesystem::path SettingsFilePath();
+
+/// Replaces the settings file, bytes as given, and makes its folder.
+void WriteSettings(std::string_view text);
+
+void RemoveSettings();
+
+}  // namespace test_support
