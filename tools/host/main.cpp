@@ -1,7 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 
+#include "host/actions.h"
 #include "host/interrupt.h"
 #include "host/library.h"
 #include "host/module_library.h"
@@ -9,10 +11,87 @@
 
 namespace {
 
-enum ExitStatus { Done = 0, NoLiveData = 1, NoModule = 3 };
+using host_tool::ModuleLibrary;
+
+/// What the chosen subcommand does with the running module; gives the exit status.
+using Action = std::function<int(ModuleLibrary&)>;
+
+const char* const Statuses =
+    "Exit status: 0 done; 1 no live data came, or a lamp's value did not come back; 3 the module "
+    "could not be loaded; 4 the module refused the call; 5 the move ended with an error; 6 no "
+    "notice of the end of the move; above 100: unusable arguments.";
 
 std::filesystem::path BesideProgram(const char* program) {
     return std::filesystem::absolute(program).parent_path() / host_tool::ModuleFileName;
+}
+
+/// Options of all subcommands, with their defaults.
+struct Options {
+    std::filesystem::path library;
+    unsigned period = 200;
+    unsigned seconds = 0;
+    bool every = false;
+    host_tool::MoveTarget target;
+    unsigned limit = 60;
+    int lamp = 0;
+    int value = 0;
+};
+
+void AddMonitor(CLI::App& app, Options& options, Action& action) {
+    CLI::App* monitor =
+        app.add_subcommand("monitor", "Shows position, switches, lamps and latches until Ctrl-C");
+    monitor->add_option("--seconds", options.seconds, "End after so many seconds; 0: at Ctrl-C")
+        ->capture_default_str();
+    monitor->add_option("--period", options.period, "Milliseconds between two readouts")
+        ->capture_default_str();
+    monitor->add_flag("--every", options.every, "Print each readout, not only changes");
+    monitor->callback([&] {
+        action = [&](ModuleLibrary& module) {
+            return host_tool::Monitor(module, {.period = std::chrono::milliseconds(options.period),
+                                               .length = std::chrono::seconds(options.seconds),
+                                               .everyLine = options.every})
+                       ? host_tool::Done
+                       : host_tool::NoLiveData;
+        };
+    });
+}
+
+void AddGoTo(CLI::App& app, Options& options, Action& action) {
+    CLI::App* goTo = app.add_subcommand(
+        "goto", "Moves the stage and waits for the end; a unit is 1000000 controller counts");
+    goTo->add_option("X", options.target.x, "Target of X")->required();
+    goTo->add_option("Y", options.target.y, "Target of Y")->required();
+    goTo->add_option("Z", options.target.z, "Target of Z")->required();
+    goTo->add_option("--limit", options.limit, "Seconds to wait for the end of the move")
+        ->capture_default_str();
+    goTo->callback([&] {
+        options.target.limit = std::chrono::seconds(options.limit);
+        action = [&](ModuleLibrary& module) { return host_tool::GoTo(module, options.target); };
+    });
+}
+
+void AddLight(CLI::App& app, Options& options, Action& action) {
+    CLI::App* light =
+        app.add_subcommand("light", "Sets a lamp and waits until the stage data shows it");
+    light->add_option("N", options.lamp, "Lamp, 0 to 10")->required();
+    light->add_option("VALUE", options.value, "Brightness, 0 to 255")->required();
+    light->callback([&] {
+        action = [&](ModuleLibrary& module) {
+            return host_tool::SetLight(module, options.lamp, options.value);
+        };
+    });
+}
+
+int Run(const Options& options, const Action& action) {
+    host_tool::CatchInterrupts();
+    try {
+        ModuleLibrary module(options.library);
+        const host_tool::RunningModule running(module, 0);
+        return action(module);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "ovisk-host: %s\n", error.what());
+        return host_tool::NoModule;
+    }
 }
 
 }  // namespace
@@ -20,33 +99,17 @@ std::filesystem::path BesideProgram(const char* program) {
 int main(int argc, char** argv) {
     CLI::App app{"Example host of the ZbOvisk stage module"};
     app.require_subcommand(1);
-    app.footer(
-        "Exit status: 0 done; 1 no live data came; 3 the module could not be loaded; other: "
-        "unusable arguments.");
-    std::filesystem::path library = BesideProgram(argv[0]);
-    app.add_option("--library", library, "The module's file")->capture_default_str();
-
-    host_tool::MonitorOptions options;
-    unsigned period = 200;
-    unsigned seconds = 0;
-    CLI::App* monitor =
-        app.add_subcommand("monitor", "Shows position, switches, lamps and latches until Ctrl-C");
-    monitor->add_option("--seconds", seconds, "End after so many seconds; 0: at Ctrl-C")
-        ->capture_default_str();
-    monitor->add_option("--period", period, "Milliseconds between two readouts")
-        ->capture_default_str();
-    monitor->add_flag("--every", options.everyLine, "Print each readout, not only changes");
+    app.footer(Statuses);
+    Options options;
+    options.library = BesideProgram(argv[0]);
+    app.add_option("--library", options.library, "The module's file")->capture_default_str();
+    Action action;
+    AddMonitor(app, options, action);
+    AddGoTo(app, options, action);
+    AddLight(app, options, action);
+    app.add_subcommand("latches", "Prints the latches and clears them")->callback([&] {
+        action = host_tool::ShowLatches;
+    });
     CLI11_PARSE(app, argc, argv);
-
-    options.period = std::chrono::milliseconds(period);
-    options.length = std::chrono::seconds(seconds);
-    host_tool::CatchInterrupts();
-    try {
-        host_tool::ModuleLibrary module(library);
-        const host_tool::RunningModule running(module, 0);
-        return host_tool::Monitor(module, options) ? Done : NoLiveData;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "ovisk-host: %s\n", error.what());
-        return NoModule;
-    }
+    return Run(options, action);
 }

@@ -19,6 +19,8 @@ ModuleLibrary::ModuleLibrary(const std::filesystem::path& path) : library_(LoadL
     Find(OVISK_ZbrCmd, "OVISK_ZbrCmd");
     Find(ZbOvisk_GetOviskData, "ZbOvisk_GetOviskData");
     Find(ZbOvisk_GetAndClearLatches, "ZbOvisk_GetAndClearLatches");
+    Find(ZbOvisk_CncGotoAbsoluteNotifyWorld, "ZbOvisk_CncGotoAbsoluteNotifyWorld");
+    Find(ZbOvisk_SetLight, "ZbOvisk_SetLight");
 }
 
 ModuleLibrary::~ModuleLibrary() {

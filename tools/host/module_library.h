@@ -18,6 +18,8 @@ class ModuleLibrary {
     decltype(&::OVISK_ZbrCmd) OVISK_ZbrCmd;
     decltype(&::ZbOvisk_GetOviskData) ZbOvisk_GetOviskData;
     decltype(&::ZbOvisk_GetAndClearLatches) ZbOvisk_GetAndClearLatches;
+    decltype(&::ZbOvisk_CncGotoAbsoluteNotifyWorld) ZbOvisk_CncGotoAbsoluteNotifyWorld;
+    decltype(&::ZbOvisk_SetLight) ZbOvisk_SetLight;
 
   private:
     template <typename Function>

@@ -56,8 +56,8 @@ void Exerciser::Step(StageModel& model, Time now) {
     }
     model.Place(place_);
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed_).count();
-    model.SetSwitch(FootSwitch, seconds % 8 == 7 ? 1 : 0);
-    model.SetLamp(ChangingLamp, static_cast<std::int32_t>(seconds / 5 % 5) * FullLamp / 4);
+    model.SetSwitch(FootSwitch, seconds % 4 == 3 ? 1 : 0);
+    model.SetLamp(ChangingLamp, static_cast<std::int32_t>(seconds / 3 % 5) * FullLamp / 4);
 }
 
 /// Lays the figure so that its present point is where the axes stand.
