@@ -9,7 +9,8 @@ if(MSVC)
 else()
     target_compile_options(ovisk_options INTERFACE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-        -fvisibility=hidden -ffunction-sections -fdata-sections)
+        $<$<NOT:$<BOOL:$<TARGET_PROPERTY:OVISK_VISIBLE>>>:-fvisibility=hidden>
+        -ffunction-sections -fdata-sections)
     if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
         target_compile_options(ovisk_options INTERFACE -Wthread-safety)
     endif()

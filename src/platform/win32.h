@@ -12,7 +12,7 @@
 #include <cwchar>
 
 /// A literal of WCHARs.
-#define WIDE(text) L"" text
+#define WIDE(text) L##text
 
 #else
 
@@ -20,7 +20,7 @@
 #include "platform/posix/win32_types.h"
 
 /// A literal of WCHARs.
-#define WIDE(text) u"" text
+#define WIDE(text) u##text
 
 #endif
 

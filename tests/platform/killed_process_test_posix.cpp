@@ -1,19 +1,21 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <functional>
+#include <memory>
 
 #include "platform/posix/machine.h"
 #include "platform/win32.h"
 
 namespace {
 
-/// Another process that has done its work and then lives until it is killed.
+/// Another process that does its work and then runs `end` until it is killed.
 class Child {
   public:
-    explicit Child(const std::function<void()>& work) {
+    explicit Child(
+        const std::function<void()>& work, const std::function<void()>& end = [] { pause(); }) {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
         process_ = fork();
@@ -21,7 +23,7 @@ class Child {
             work();
             (void)!write(ready[1], "x", 1);
             for (;;) {
-                pause();
+                end();
             }
         }
         char byte = 0;
@@ -61,12 +63,8 @@ TEST(KilledProcess, AbandonsItsMutexEvenToWhoWaitsForIt) {
 
 TEST(KilledProcess, TakesNoEventWithIt) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, u"killed/event");
-    Child child([&] {
-        if (fork() == 0) {
-            return;
-        }
-        WaitForSingleObject(event, INFINITE);
-    });
+    Child child([] {}, [&] { WaitForSingleObject(event, INFINITE); });
+    Sleep(20);
     child.Kill();
     EXPECT_TRUE(SetEvent(event));
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
@@ -101,7 +99,8 @@ TEST(KilledProcess, LeavesNoMemoryBehind) {
 
 TEST(KilledProcess, TakesItsWindowsWithIt) {
     EXPECT_EQ(FindWindowW(nullptr, u"killed"), nullptr);
-    Child child([] { new WindowTitle(u"killed"); });
+    std::unique_ptr<WindowTitle> title;
+    Child child([&] { title = std::make_unique<WindowTitle>(u"killed"); });
     const HWND first = FindWindowW(nullptr, u"killed");
     EXPECT_NE(first, nullptr);
     child.Kill();

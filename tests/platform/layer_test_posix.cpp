@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/posix/machine.h"
 #include "platform/win32.h"
@@ -69,6 +69,14 @@ TEST(Layer, RefusesAPortThatIsNoSerialLine) {
     std::filesystem::remove(link);
 }
 
+TEST(Layer, GivesAPortToOneAtATime) {
+    const SerialLine line;
+    const HANDLE port = OpenPort3();
+    EXPECT_EQ(OpenPort3(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(CloseHandle(port));
+}
+
 TEST(Layer, RefusesFramingsThatNoLineHas) {
     const SerialLine line;
     const HANDLE port = OpenPort3();
@@ -120,13 +128,11 @@ TEST(Layer, ReadsNoSettingsFromWhatIsNoSaneFile) {
 TEST(Layer, LetsACallEndThoughItsHandleIsClosed) {
     for (int round = 0; round < 200; ++round) {
         const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-        std::vector<std::thread> users;
-        for (int i = 0; i < 2; ++i) {
-            users.emplace_back([event] {
-                while (SetEvent(event) && WaitForSingleObject(event, 1) != WAIT_FAILED) {
-                }
-            });
-        }
+        const auto use = [event] {
+            while (SetEvent(event) && WaitForSingleObject(event, 1) != WAIT_FAILED) {
+            }
+        };
+        std::array<std::thread, 2> users{std::thread(use), std::thread(use)};
         EXPECT_TRUE(CloseHandle(event));
         for (std::thread& user : users) {
             user.join();

@@ -35,17 +35,17 @@ TEST(ErrorText, IsOneLineForKnownCodesAndNothingForOthers) {
 TEST(NumberToText, WritesDecimalOrAnEmptyText) {
     struct Case {
         LONG value;
-        std::size_t size;
         errno_t result;
+        std::size_t size;
         const WCHAR* text;
     };
     constexpr Case Cases[] = {
-        {0, 16, 0, WIDE("0")},
-        {-7, 16, 0, WIDE("-7")},
-        {2147483647, 11, 0, WIDE("2147483647")},
-        {-2147483647 - 1, 12, 0, WIDE("-2147483648")},
-        {123, 3, ERANGE, WIDE("")},
-        {-1, 2, ERANGE, WIDE("")},
+        {0, 0, 16, WIDE("0")},
+        {-7, 0, 16, WIDE("-7")},
+        {2147483647, 0, 11, WIDE("2147483647")},
+        {-2147483647 - 1, 0, 12, WIDE("-2147483648")},
+        {123, ERANGE, 3, WIDE("")},
+        {-1, ERANGE, 2, WIDE("")},
     };
     for (const Case& test : Cases) {
         std::array<WCHAR, 16> text{'x', 'x'};

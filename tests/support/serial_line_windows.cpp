@@ -55,8 +55,7 @@ int SerialLine::Port() const {
 
 std::string SerialLine::Read(std::chrono::milliseconds limit) {
     COMMTIMEOUTS timeouts{};
-    timeouts.ReadIntervalTimeout = MAXDWORD;
-    timeouts.ReadTotalTimeoutMultiplier = MAXDWORD;
+    timeouts.ReadIntervalTimeout = 20;
     timeouts.ReadTotalTimeoutConstant = static_cast<DWORD>(limit.count());
     SetCommTimeouts(state_->end, &timeouts);
     std::array<char, 256> buffer{};

@@ -33,8 +33,12 @@ constexpr ErrorText ErrorTexts[] = {
      u"%2.\r\n"},
     {ERROR_INVALID_ADDRESS, u"Attempt to access invalid address.\r\n"},
     {ERROR_IO_DEVICE, u"The request could not be performed because of an I/O device error.\r\n"},
+    {ERROR_INVALID_WINDOW_HANDLE, u"Invalid window handle.\r\n"},
+    {ERROR_CONTROL_ID_NOT_FOUND, u"Control ID not found.\r\n"},
     {ERROR_NO_SYSTEM_RESOURCES,
      u"Insufficient system resources exist to complete the requested service.\r\n"},
+    {ERROR_RESOURCE_NAME_NOT_FOUND,
+     u"The specified resource name cannot be found in the image file.\r\n"},
 };
 
 }  // namespace

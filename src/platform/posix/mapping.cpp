@@ -1,10 +1,10 @@
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <mutex>
+#include <string>
 
 #include "platform/posix/shared_object.h"
 
@@ -24,11 +24,9 @@ class Mapping : public Object {
     const std::unique_ptr<SharedMemory> memory_;
 };
 
-/// A view keeps a descriptor of its file, and with it the lock that keeps the object alive.
 struct View {
     void* address;
     std::size_t length;
-    int file;
 };
 
 constexpr std::size_t PageSize = 4096;
@@ -46,19 +44,27 @@ View* FindView(const void* address) {
     return nullptr;
 }
 
+/// The mapping's file once more, for a view: an opening of its own, since memory holds the opening
+/// that it was mapped from, and the locks of the object's handles must go with the handles.
+File OpenAgain(const SharedMemory& memory) {
+    return File(
+        open(("/proc/self/fd/" + std::to_string(memory.FileOf())).c_str(), O_RDWR | O_CLOEXEC));
+}
+
 void* Show(const SharedMemory& memory, int protection, std::size_t bytes) {
     const std::lock_guard hold(viewsLock);
     View* view = FindView(nullptr);
-    File file(fcntl(memory.FileOf(), F_DUPFD_CLOEXEC, 0));
-    if (view == nullptr || !file) {
+    if (view == nullptr) {
         return Fail(ERROR_NO_SYSTEM_RESOURCES, LPVOID{nullptr});
     }
+    const File file = OpenAgain(memory);
     void* address =
-        mmap(nullptr, bytes, protection, MAP_SHARED, file.Get(), SharedMemory::HeaderSize);
+        file ? mmap(nullptr, bytes, protection, MAP_SHARED, file.Get(), SharedMemory::HeaderSize)
+             : MAP_FAILED;
     if (address == MAP_FAILED) {
         return Fail(ErrorOf(errno), LPVOID{nullptr});
     }
-    *view = {.address = address, .length = bytes, .file = file.Release()};
+    *view = {.address = address, .length = bytes};
     return address;
 }
 
@@ -90,8 +96,7 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offse
     if (!use) {
         return nullptr;
     }
-    if (offsetHigh != 0 || offsetLow != 0 ||
-        ((access & (FILE_MAP_READ | FILE_MAP_WRITE)) == 0)) {
+    if (offsetHigh != 0 || offsetLow != 0 || ((access & (FILE_MAP_READ | FILE_MAP_WRITE)) == 0)) {
         return posix::Fail(ERROR_NOT_SUPPORTED, LPVOID{nullptr});
     }
     const std::size_t size = use->Memory().BodySize();
@@ -99,7 +104,9 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offse
         return posix::Fail(ERROR_ACCESS_DENIED, LPVOID{nullptr});
     }
     const int protection = access == FILE_MAP_READ ? PROT_READ : PROT_READ | PROT_WRITE;
-    return posix::Show(use->Memory(), protection, bytes == 0 ? size : bytes);
+    return posix::Guarded(LPVOID{nullptr}, [&] {
+        return posix::Show(use->Memory(), protection, bytes == 0 ? size : bytes);
+    });
 }
 
 BOOL UnmapViewOfFile(LPCVOID view) {
@@ -109,7 +116,6 @@ BOOL UnmapViewOfFile(LPCVOID view) {
         return posix::Fail(ERROR_INVALID_ADDRESS);
     }
     munmap(found->address, found->length);
-    close(found->file);
     *found = {};
     return TRUE;
 }

@@ -75,6 +75,12 @@ SharedMemory::~SharedMemory() {
     }
 }
 
+void SharedMemory::Abandon() {
+    // Memory holds the opening that it was mapped from, and so its lock too.
+    Lock(file_.Get(), LOCK_UN);
+    address_ = nullptr;
+}
+
 DWORD SharedMemory::Open(LPCWSTR name, Kind kind, std::size_t size) {
     if (name == nullptr || *name == 0) {
         return MakeNew(File(memfd_create("zb_object", MFD_CLOEXEC)), kind, size);

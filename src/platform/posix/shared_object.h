@@ -21,8 +21,8 @@ class SharedMemory {
     std::size_t BodySize() const { return length_ - HeaderSize; }
     int FileOf() const { return file_.Get(); }
 
-    /// Leaves the mapping in place for the rest of the process.
-    void Abandon() { address_ = nullptr; }
+    /// Lets go of the name, but leaves the memory in place for the rest of the process.
+    void Abandon();
 
     static constexpr std::size_t HeaderSize = 4096;
 

@@ -123,8 +123,9 @@ void LeaveCriticalSection(LPCRITICAL_SECTION section) ZB_RELEASE(*section);
 
 /// Makes or opens memory that is shared by name, filled with zeros when made. `file` must be
 /// INVALID_HANDLE_VALUE and `protection` PAGE_READWRITE. An existing one keeps its size and leaves
-/// ERROR_ALREADY_EXISTS. It is gone when the last handle and the last view in any process are,
-/// killed processes included. Names as for CreateEventW.
+/// ERROR_ALREADY_EXISTS. The name goes with the last handle in any process, killed ones included;
+/// views that are left keep their memory, which later openers do not see. Names as for
+/// CreateEventW.
 HANDLE CreateFileMappingW(HANDLE file, LPSECURITY_ATTRIBUTES attributes, DWORD protection,
                           DWORD sizeHigh, DWORD sizeLow, LPCWSTR name);
 
@@ -147,6 +148,100 @@ BOOL ReleaseMutex(HANDLE mutex);
 /// Finds a top-level window by its title, without regard to the case of A to Z, in any process of
 /// this machine. The class must be null and the title must not. Null if there is none.
 HWND FindWindowW(LPCWSTR className, LPCWSTR title);
+
+// ---- Dialogs -------------------------------------------------------------------------------
+
+// Dialogs without a screen. Each belongs to the thread that made it, and all of them stand in one
+// table of the process. A function that reads or changes a dialog or its controls works on the
+// owner's thread: called by another thread it waits until the owner's message loop has served it,
+// and serves calls to its own windows meanwhile. FALSE or 0 and ERROR_INVALID_WINDOW_HANDLE for a
+// window that has gone, also while waiting; window handles are never given out twice.
+// ERROR_CONTROL_ID_NOT_FOUND for a control that the dialog does not have.
+// Dialogs get WM_INITDIALOG, WM_COMMAND, WM_TIMER, WM_DESTROY and what is sent or posted to them;
+// a WM_CLOSE that the procedure does not handle becomes a posted WM_COMMAND of IDCANCEL.
+
+/// Runs the dialog of the template until EndDialog, and returns its result. The template is a
+/// number of MAKEINTRESOURCEW, of the module `instance`; a null instance finds the only module that
+/// has templates. The owner is disabled meanwhile; it may be null. WM_INITDIALOG comes first,
+/// WM_DESTROY last; the dialog is shown between them. All windows of the thread are served.
+/// 0 with ERROR_INVALID_WINDOW_HANDLE for a wrong owner, -1 for any other failure, such as
+/// ERROR_RESOURCE_NAME_NOT_FOUND.
+INT_PTR DialogBoxParamW(HINSTANCE instance, LPCWSTR number, HWND owner, DLGPROC procedure,
+                        LPARAM parameter);
+
+/// Makes a dialog that its thread's message loop serves; it is visible if its template says so.
+/// Null on failure. A thread takes its dialogs along when it ends, without a message.
+HWND CreateDialogParamW(HINSTANCE instance, LPCWSTR number, HWND owner, DLGPROC procedure,
+                        LPARAM parameter);
+
+/// Hides a modal dialog, enables its owner and ends its loop after the message under way. The
+/// newest result counts.
+BOOL EndDialog(HWND dialog, INT_PTR result);
+
+/// Puts a message at the end of the queue of the window's thread; waits for nothing.
+BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+/// Calls the dialog's procedure on its own thread. Of the controls' messages there is only
+/// STM_SETIMAGE with IMAGE_BITMAP to a static control that shows bitmaps: it takes the picture's
+/// size, and the answer is the picture before. The picture stays its maker's.
+LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+/// Moves and sizes a dialog, and makes it topmost with `after` HWND_TOPMOST. Flags SWP_NOSIZE,
+/// SWP_NOMOVE and SWP_NOZORDER; without the last `after` must be HWND_TOPMOST.
+BOOL SetWindowPos(HWND dialog, HWND after, int x, int y, int width, int height, UINT flags);
+
+/// A dialog's caption, which FindWindowW finds at once, of at most 124 characters; or the text of a
+/// control, as with SetDlgItemTextW.
+BOOL SetWindowTextW(HWND window, LPCWSTR text);
+
+/// Hides a dialog (SW_HIDE) or shows it (SW_SHOWNORMAL). Whether it was visible before.
+BOOL ShowWindow(HWND dialog, int command);
+
+/// Nothing needs drawing: whether there is such a window.
+BOOL UpdateWindow(HWND window);
+
+/// A dialog's owner, or a control's dialog. Null without an error if there is none.
+HWND GetParent(HWND window);
+
+/// A window's place on the screen, in pixels.
+BOOL GetWindowRect(HWND window, LPRECT place);
+
+/// The window that is the screen, 1280 x 1024 pixels; for GetWindowRect only.
+HWND GetDesktopWindow();
+
+/// The first control of that id.
+HWND GetDlgItem(HWND dialog, int id);
+
+/// Lets a dialog or control take the user's input, or not. Whether it was disabled before.
+BOOL EnableWindow(HWND window, BOOL enable);
+
+/// Replaces a control's text; the one with an A takes text of the ANSI code page. A single-line
+/// edit control tells its dialog with EN_UPDATE and EN_CHANGE.
+BOOL SetDlgItemTextW(HWND dialog, int id, LPCWSTR text);
+BOOL SetDlgItemTextA(HWND dialog, int id, LPCSTR text);
+
+/// A control's text in the ANSI code page ("?" for what that does not have), cut off at `size` - 1
+/// characters and ended with a zero. Returns the count copied without the zero.
+UINT GetDlgItemTextA(HWND dialog, int id, LPSTR buffer, int size);
+
+/// Writes a number in decimal, with a minus sign only if it counts as signed.
+BOOL SetDlgItemInt(HWND dialog, int id, UINT value, BOOL isSigned);
+
+/// Reads the decimal number at the start of a control's text, after blanks and, if signed, a sign.
+/// `translated`, which may be null, tells whether there was one in range; if not, it is 0.
+UINT GetDlgItemInt(HWND dialog, int id, LPBOOL translated, BOOL isSigned);
+
+/// Sends a WM_TIMER each `milliseconds` (at least 10) while the loop runs and has nothing else to
+/// do; a late one is not made up for. The same id starts anew. Only for the owner's thread, and
+/// without a procedure. The id, or 1 for id 0; 0 on failure.
+UINT_PTR SetTimer(HWND dialog, UINT_PTR id, UINT milliseconds, TIMERPROC procedure);
+
+/// Loads a picture of the module, found like a dialog's template. The caller deletes it. Null with
+/// ERROR_RESOURCE_NAME_NOT_FOUND if there is none.
+HBITMAP LoadBitmapW(HINSTANCE instance, LPCWSTR number);
+
+/// Deletes a picture of LoadBitmapW; FALSE if it is none, or has been deleted.
+BOOL DeleteObject(HGDIOBJ picture);
 
 // ---- Numbers in wide text (C run-time) -----------------------------------------------------
 

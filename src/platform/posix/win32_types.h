@@ -33,6 +33,11 @@ using LPCVOID = const void*;
 using LPBOOL = BOOL*;
 using LPDWORD = DWORD*;
 using errno_t = int;
+using INT_PTR = std::intptr_t;
+using UINT_PTR = std::uintptr_t;
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
+using LRESULT = std::intptr_t;
 
 using HANDLE = void*;
 using HLOCAL = void*;
@@ -41,12 +46,17 @@ using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
 struct HWND__;
 using HWND = HWND__*;
+struct HBITMAP__;
+using HBITMAP = HBITMAP__*;
+using HGDIOBJ = void*;
 
 struct SECURITY_ATTRIBUTES;
 using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 struct OVERLAPPED;
 using LPOVERLAPPED = OVERLAPPED*;
 using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
+using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+using TIMERPROC = void(CALLBACK*)(HWND, UINT, UINT_PTR, DWORD);
 
 constexpr BOOL FALSE = 0;
 constexpr BOOL TRUE = 1;
@@ -95,7 +105,10 @@ constexpr DWORD ERROR_NOT_OWNER = 288;
 constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
 constexpr DWORD ERROR_INVALID_ADDRESS = 487;
 constexpr DWORD ERROR_IO_DEVICE = 1117;
+constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
+constexpr DWORD ERROR_CONTROL_ID_NOT_FOUND = 1421;
 constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
+constexpr DWORD ERROR_RESOURCE_NAME_NOT_FOUND = 1814;
 
 constexpr BYTE NOPARITY = 0;
 constexpr BYTE ODDPARITY = 1;
@@ -153,6 +166,49 @@ struct COMMTIMEOUTS {
     DWORD WriteTotalTimeoutConstant;
 };
 using LPCOMMTIMEOUTS = COMMTIMEOUTS*;
+
+constexpr UINT WM_DESTROY = 0x0002;
+constexpr UINT WM_CLOSE = 0x0010;
+constexpr UINT WM_INITDIALOG = 0x0110;
+constexpr UINT WM_COMMAND = 0x0111;
+constexpr UINT WM_TIMER = 0x0113;
+constexpr UINT WM_APP = 0x8000;
+constexpr UINT STM_SETIMAGE = 0x0172;
+constexpr UINT IMAGE_BITMAP = 0;
+constexpr WORD EN_CHANGE = 0x0300;
+constexpr WORD EN_UPDATE = 0x0400;
+
+constexpr int IDOK = 1;
+constexpr int IDCANCEL = 2;
+constexpr int SW_HIDE = 0;
+constexpr int SW_SHOWNORMAL = 1;
+constexpr UINT SWP_NOSIZE = 0x0001;
+constexpr UINT SWP_NOMOVE = 0x0002;
+constexpr UINT SWP_NOZORDER = 0x0004;
+const HWND HWND_TOPMOST = reinterpret_cast<HWND>(~std::uintptr_t{0});
+
+constexpr DWORD WS_VISIBLE = 0x10000000;
+constexpr DWORD SS_TYPEMASK = 0x1F;
+constexpr DWORD SS_BITMAP = 0x0E;
+constexpr DWORD ES_MULTILINE = 0x0004;
+
+struct RECT {
+    LONG left;
+    LONG top;
+    LONG right;
+    LONG bottom;
+};
+using LPRECT = RECT*;
+
+/// The low half of a message's parameter.
+constexpr WORD LOWORD(std::uintptr_t value) {
+    return static_cast<WORD>(value);
+}
+
+/// The number of a dialog or picture as the resource functions take it.
+inline LPCWSTR MAKEINTRESOURCEW(int number) {
+    return reinterpret_cast<LPCWSTR>(std::uintptr_t{static_cast<WORD>(number)});
+}
 
 /// Bytes only between InitializeCriticalSection and DeleteCriticalSection, and never copied.
 struct ZB_CAPABILITY("mutex") CRITICAL_SECTION {
