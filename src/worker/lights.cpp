@@ -15,10 +15,10 @@ constexpr std::uint32_t LastLamp = 10;
 constexpr double HostFull = 255.0;
 constexpr double ControllerFull = 10000.0;
 
-/// The controller's value, 0 to 10000, of a value on the host's scale.
+/// The controller's value, 0 to 10000, of a value on the host's scale. Held to its range before it
+/// is rounded: a long has 32 bits on Windows and does not hold every product.
 long ControllerValue(std::int32_t value) {
-    return std::clamp(std::lround(value / HostFull * ControllerFull), 0L,
-                      static_cast<long>(ControllerFull));
+    return std::lround(std::clamp(value / HostFull * ControllerFull, 0.0, ControllerFull));
 }
 
 }  // namespace
