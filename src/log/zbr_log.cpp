@@ -15,28 +15,40 @@ constexpr DWORD MapBytes = 10000;
 constexpr DWORD MutexWaitMilliseconds = 5000;
 static_assert(MapBytes == LogBlockCharacters * sizeof(WCHAR));
 
-/// Length of the block's text, or LogBlockCharacters when it has no end. Looks at a whole stretch
-/// at a time, so that the compiler can use vector instructions: the block is measured for every
-/// piece and is mostly full.
-std::size_t MeasureBlock(const WCHAR* block) {
-    constexpr std::size_t Stretch = 200;
-    static_assert(LogBlockCharacters % Stretch == 0);
-    for (std::size_t start = 0; start < LogBlockCharacters; start += Stretch) {
-        std::uint16_t zeros = 0;
-        for (std::size_t i = 0; i < Stretch; ++i) {
-            zeros = static_cast<std::uint16_t>(zeros | (block[start + i] == 0 ? 1U : 0U));
-        }
-        if (zeros != 0) {
-            return start + static_cast<std::size_t>(
-                               std::find(block + start, block + start + Stretch, WCHAR{0}) -
-                               (block + start));
-        }
+/// Whether one of so many characters is the zero that ends a text. Looks at all of them, so that
+/// the compiler can use vector instructions.
+template <std::size_t Stretch>
+bool HasEnd(const WCHAR* text) {
+    std::uint16_t ends = 0;
+    for (std::size_t i = 0; i < Stretch; ++i) {
+        ends = static_cast<std::uint16_t>(ends | (text[i] == 0 ? 0xFFFFU : 0U));
     }
-    return LogBlockCharacters;
+    return ends != 0;
+}
+
+/// Length of the block's text, or LogBlockCharacters when it has no end. The block is measured for
+/// every piece and is mostly full, so it is passed over in long stretches first.
+std::size_t MeasureBlock(const WCHAR* block) {
+    constexpr std::size_t Long = 200;
+    constexpr std::size_t Short = 40;
+    static_assert(LogBlockCharacters % Long == 0 && Long % Short == 0);
+    std::size_t length = 0;
+    while (length < LogBlockCharacters && !HasEnd<Long>(block + length)) {
+        length += Long;
+    }
+    while (length < LogBlockCharacters && !HasEnd<Short>(block + length)) {
+        length += Short;
+    }
+    while (length < LogBlockCharacters && block[length] != 0) {
+        ++length;
+    }
+    return length;
 }
 
 /// The 16-bit character of one narrow byte under the process's locale; 0xFFFF if it has none.
 WCHAR Widen(char byte) {
+    // The channel's characters are those of the signed byte, also beyond ASCII.
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse)
     const int value = static_cast<signed char>(byte);
     return static_cast<WCHAR>(value >= 0 ? static_cast<std::wint_t>(value) : std::btowc(value));
 }
@@ -144,20 +156,21 @@ void ZBR_Log::WriteWideText(const WCHAR* text) {
 void ZBR_Log::WriteFormatted(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    std::va_list again;
-    va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
-    if (length >= 0) {
-        const auto size = static_cast<std::size_t>(length) + 1;
-        const std::unique_ptr<char, decltype(&std::free)> text(
-            static_cast<char*>(std::malloc(size)), &std::free);
-        if (text != nullptr) {
-            std::vsnprintf(text.get(), size, format, again);
-            WriteText(text.get());
-        }
+    if (length < 0) {
+        return;
     }
-    va_end(again);
+    const auto size = static_cast<std::size_t>(length) + 1;
+    const std::unique_ptr<char, decltype(&std::free)> text(static_cast<char*>(std::malloc(size)),
+                                                           &std::free);
+    if (text == nullptr) {
+        return;
+    }
+    va_start(arguments, format);
+    std::vsnprintf(text.get(), size, format, arguments);
+    va_end(arguments);
+    WriteText(text.get());
 }
 
 ZBR_Log& ZBR_Log::operator<<(const char* text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "replies/reply_records.h"
 
 #pragma pack(push, 1)
@@ -11,7 +13,7 @@ struct OviskData {
     SswcReply sswc;
     LabrReply labr;
     CposmrReply cposmr;
-    std::uint8_t reserved[24] = {};  ///< carried with the record, always 0
+    std::array<std::uint8_t, 24> reserved{};  ///< carried with the record, always 0
 };
 
 #pragma pack(pop)

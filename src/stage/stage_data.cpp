@@ -34,6 +34,11 @@ bool SameLamps(const LabrReply& a, const LabrReply& b) {
            a.labr6 == b.labr6 && a.labr7 == b.labr7;
 }
 
+OviskData SharedCopy() {
+    const LockHold hold(StageDataLock);
+    return SharedStageData;
+}
+
 std::int32_t Scaled(std::int32_t counts, double scale) {
     using Limits = std::numeric_limits<std::int32_t>;
     const double quotient = static_cast<double>(counts) / scale;
@@ -77,12 +82,7 @@ void MergeLamps(LabrReply&& reply) {
 
 void CopyStageData(OviskData& data) {
     const double scale = ScaleFactor.load();
-    OviskData copy;
-    {
-        const LockHold hold(StageDataLock);
-        copy = SharedStageData;
-    }
-    data = copy;
+    data = SharedCopy();
     data.cposmr.x = Scaled(data.cposmr.x, scale);
     data.cposmr.y = Scaled(data.cposmr.y, scale);
     data.cposmr.z = Scaled(data.cposmr.z, scale);

@@ -183,5 +183,9 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
     if (use.Get() == nullptr) {
         return WAIT_FAILED;
     }
-    return use.Get()->Wait(milliseconds == 0 ? 0 : posix::After(milliseconds));
+    // Mostly there is nothing to wait for, and then nobody needs to know the time.
+    const DWORD atOnce = use.Get()->Wait(0);
+    return atOnce != WAIT_TIMEOUT || milliseconds == 0
+               ? atOnce
+               : use.Get()->Wait(posix::After(milliseconds));
 }
