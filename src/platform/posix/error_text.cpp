@@ -39,6 +39,7 @@ constexpr ErrorText ErrorTexts[] = {
      u"Insufficient system resources exist to complete the requested service.\r\n"},
     {ERROR_RESOURCE_NAME_NOT_FOUND,
      u"The specified resource name cannot be found in the image file.\r\n"},
+    {ERROR_NOT_ENOUGH_QUOTA, u"Not enough quota is available to process this command.\r\n"},
 };
 
 }  // namespace

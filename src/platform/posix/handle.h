@@ -8,7 +8,7 @@
 
 namespace posix {
 
-enum class Kind : std::uint32_t { SerialPort = 1, Thread, Event, Mutex, Mapping };
+enum class Kind : std::uint32_t { SerialPort = 1, Thread, Event, Mutex, Mapping, Picture };
 
 /// What stands behind a handle. It lives until its handle is closed and the last call on it ended.
 class Object {

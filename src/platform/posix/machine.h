@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/win32.h"
+
 /// The machine that the layer imitates. For tools and tests, not for the product.
 
 /// The machine's folder: drive_c/ is C:, dosdevices/com<n> are links to its serial ports, objects/
@@ -17,9 +19,10 @@ const std::string& MachineRoot();
 /// the same machine finds it. It is gone with the process, however that ends.
 class WindowTitle {
   public:
-    /// Throws std::length_error for more than 124 characters and std::runtime_error if the machine
-    /// already has 64 windows.
-    explicit WindowTitle(std::u16string_view title);
+    /// `window` is what FindWindowW gives, a handle of its own making if null. Throws
+    /// std::length_error for more than 124 characters and std::runtime_error if the machine already
+    /// has 64 windows.
+    explicit WindowTitle(std::u16string_view title, HWND window = nullptr);
     ~WindowTitle();
     WindowTitle(const WindowTitle&) = delete;
     WindowTitle& operator=(const WindowTitle&) = delete;

@@ -1,5 +1,6 @@
 #include "platform/posix/wide_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <clocale>
@@ -148,6 +149,21 @@ std::u16string FromAnsi(std::string_view text) {
     for (const char letter : text) {
         const auto byte = static_cast<unsigned char>(letter);
         result += byte >= 0x80 && byte < 0xA0 ? Ansi80[byte - 0x80U] : char16_t{byte};
+    }
+    return result;
+}
+
+std::string ToAnsi(std::u16string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char16_t letter : text) {
+        const auto* found = std::find(Ansi80.begin(), Ansi80.end(), letter);
+        if (found != Ansi80.end()) {
+            result += static_cast<char>(0x80 + (found - Ansi80.begin()));
+        } else {
+            const bool same = letter < 0x80 || (letter >= 0xA0 && letter <= 0xFF);
+            result += same ? static_cast<char>(letter) : '?';
+        }
     }
     return result;
 }

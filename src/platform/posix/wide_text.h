@@ -12,6 +12,9 @@ std::string ToUtf8(std::u16string_view text);
 std::u16string FromUtf8(std::string_view text);
 std::u16string FromAnsi(std::string_view text);
 
+/// With "?" for what the code page does not have.
+std::string ToAnsi(std::u16string_view text);
+
 /// A to Z as small letters, everything else as it is.
 template <typename Character>
 constexpr Character Folded(Character letter) {

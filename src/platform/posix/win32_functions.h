@@ -179,6 +179,7 @@ HWND CreateDialogParamW(HINSTANCE instance, LPCWSTR number, HWND owner, DLGPROC 
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
 /// Puts a message at the end of the queue of the window's thread; waits for nothing.
+/// ERROR_NOT_ENOUGH_QUOTA if 10,000 messages wait there already.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 /// Calls the dialog's procedure on its own thread. Of the controls' messages there is only

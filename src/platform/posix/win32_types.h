@@ -109,6 +109,7 @@ constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
 constexpr DWORD ERROR_CONTROL_ID_NOT_FOUND = 1421;
 constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
 constexpr DWORD ERROR_RESOURCE_NAME_NOT_FOUND = 1814;
+constexpr DWORD ERROR_NOT_ENOUGH_QUOTA = 1816;
 
 constexpr BYTE NOPARITY = 0;
 constexpr BYTE ODDPARITY = 1;
@@ -186,11 +187,6 @@ constexpr UINT SWP_NOSIZE = 0x0001;
 constexpr UINT SWP_NOMOVE = 0x0002;
 constexpr UINT SWP_NOZORDER = 0x0004;
 const HWND HWND_TOPMOST = reinterpret_cast<HWND>(~std::uintptr_t{0});
-
-constexpr DWORD WS_VISIBLE = 0x10000000;
-constexpr DWORD SS_TYPEMASK = 0x1F;
-constexpr DWORD SS_BITMAP = 0x0E;
-constexpr DWORD ES_MULTILINE = 0x0004;
 
 struct RECT {
     LONG left;

@@ -22,6 +22,7 @@ constexpr std::size_t TitleSize = 125;
 /// slot's number, which the system takes away when the owner's process ends.
 struct WindowSlot {
     std::atomic<std::uint32_t> sequence;  // One more with each window that takes the slot.
+    std::atomic<std::uintptr_t> window;   // Its handle.
     std::array<std::atomic<char16_t>, TitleSize> title;
 };
 
@@ -120,9 +121,10 @@ HWND Find(const WCHAR* title) {
         const auto number = static_cast<unsigned>(std::countr_zero(left));
         const WindowSlot& slot = page->slots[number];
         const std::uint32_t sequence = slot.sequence.load(std::memory_order_acquire);
+        const auto window = reinterpret_cast<HWND>(slot.window.load(std::memory_order_relaxed));
         if (HasTitle(slot, title) && registry.IsOwned(number) &&
             slot.sequence.load(std::memory_order_acquire) == sequence) {
-            return WindowOf(number, sequence);
+            return window;
         }
     }
     return nullptr;
@@ -145,7 +147,7 @@ unsigned Claim(int file) {
 }  // namespace
 }  // namespace posix
 
-WindowTitle::WindowTitle(std::u16string_view title) : file_(-1) {
+WindowTitle::WindowTitle(std::u16string_view title, HWND window) : file_(-1) {
     if (title.size() >= posix::TitleSize) {
         throw std::length_error("window title");
     }
@@ -158,7 +160,9 @@ WindowTitle::WindowTitle(std::u16string_view title) : file_(-1) {
     const std::uint64_t bit = std::uint64_t{1} << slot_;
     page->taken.fetch_and(~bit);
     posix::WindowSlot& slot = page->slots[slot_];
-    slot.sequence.fetch_add(1);
+    const std::uint32_t sequence = slot.sequence.fetch_add(1) + 1;
+    const HWND found = window != nullptr ? window : posix::WindowOf(slot_, sequence);
+    slot.window.store(reinterpret_cast<std::uintptr_t>(found), std::memory_order_relaxed);
     for (std::size_t i = 0; i < title.size(); ++i) {
         slot.title[i].store(title[i], std::memory_order_relaxed);
     }
