@@ -23,6 +23,8 @@ void RunCommand(std::uint32_t command, std::uintptr_t data) {
             return StartModule(data);
         case OviskCmd_Shutdown:
             return StopModule(data);
+        case OviskCmd_Home:
+            return HomeStage(data);
         default:
             return WriteLine(
                 "ZbOvisk::ZbrCmd unhandle cmd=", Decimal{static_cast<std::int32_t>(command)}, "\n");

@@ -1,5 +1,7 @@
 #include "host/start_stop.h"
 
+#include "homing/automatic_homing.h"
+#include "homing/manual_homing.h"
 #include "link/command_queue.h"
 #include "link/exchange.h"
 #include "log/log_line.h"
@@ -55,4 +57,13 @@ void StopModule(std::uintptr_t data) {
     WriteLine("OviskCmd_Shutdown closing comms\n");
     ClosePortWhenFree();
     WriteLine("OviskCmd_Shutdown finished\n");
+}
+
+void HomeStage(std::uintptr_t data) {
+    const auto parent = reinterpret_cast<HWND>(data);
+    if (AutoHomingMode.load() != 0) {
+        RunAutoHoming(parent);
+    } else {
+        RunManualHoming(parent);
+    }
 }

@@ -13,3 +13,7 @@ void StartModule(std::uintptr_t data);
 /// `OviskCmd_Shutdown`: asks the worker to end, waits for it for at most 200 sleeps of 10 ms, and
 /// closes the port; an exchange that still runs closes it as it ends.
 void StopModule(std::uintptr_t data);
+
+/// `OviskCmd_Home`: runs the homing dialog that `AutoHomingMode` selects, on the caller's thread,
+/// with the window handle in `data` as its parent.
+void HomeStage(std::uintptr_t data);

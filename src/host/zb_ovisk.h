@@ -44,6 +44,10 @@ enum OviskCommand : std::uint32_t {
     OviskCmd_Startup = 1,
     /// data: only logged. Waits for the worker for about two seconds at most, then closes the port.
     OviskCmd_Shutdown = 2,
+    /// data: the window handle of the dialog's parent. Runs a homing dialog on the caller's thread,
+    /// which has to be a window thread, and returns when it has closed: after manual homing, or as
+    /// soon as automatic homing has been started. Does nothing while that dialog is open already.
+    OviskCmd_Home = 3,
 };
 
 extern "C" {

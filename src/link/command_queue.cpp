@@ -1,5 +1,6 @@
 #include "link/command_queue.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -69,6 +70,12 @@ bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) {
     }
     CommandQueue.erase(kept, CommandQueue.end());
     return true;
+}
+
+bool CommandWaits(std::uint32_t id) {
+    const LockHold hold(CommandQueueLock);
+    return std::any_of(CommandQueue.begin(), CommandQueue.end(),
+                       [id](const PostedCommand& command) { return command.id == id; });
 }
 
 bool RunPostedCommand(const char* text) {

@@ -40,6 +40,9 @@ bool PostCommand(std::uint32_t id, const std::string& text) ZB_EXCLUDES(CommandQ
 /// of the queue.
 bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) ZB_REQUIRES(CommandQueueLock);
 
+/// Whether a command of this id still waits to be sent. Any thread.
+bool CommandWaits(std::uint32_t id) ZB_EXCLUDES(CommandQueueLock);
+
 /// Sends a posted command and drops the reply. The result is that of the exchange.
 bool RunPostedCommand(const char* text);
 

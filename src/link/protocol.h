@@ -23,6 +23,16 @@ inline constexpr Query MotionQuery{"@MCND?\r\n", ">MCND="};
 inline constexpr const char* MoveRequestFormat = "@MMVAL=%+d,%+d,%+d\r\n";
 inline constexpr const char* MoveReplyPrefix = ">MMVAL=";
 
+/// The homing condition, and what homing posts: the origin returns by hand, started and stopped,
+/// and those that the controller drives.
+inline constexpr Query HomingQuery{"@CCND?\r\n", ">CCND="};
+inline constexpr const char* ManualXStartRequest = "@CRZMX=1\r\n";
+inline constexpr const char* ManualXStopRequest = "@CRZMX=0\r\n";
+inline constexpr const char* ManualYStartRequest = "@CRZMY=1\r\n";
+inline constexpr const char* ManualYStopRequest = "@CRZMY=0\r\n";
+inline constexpr const char* AutoXRequest = "@CRZAX\r\n";
+inline constexpr const char* AutoYRequest = "@CRZAY\r\n";
+
 /// A lamp's setting: this, the lamp's number, "=", the value, RequestEnd.
 inline constexpr const char* LampRequest = "@LBRT";
 inline constexpr const char* RequestEnd = "\r\n";

@@ -21,7 +21,7 @@ constexpr COMMTIMEOUTS TimeOuts = {
 };
 constexpr DWORD ReadBytes = 255;
 constexpr ULONGLONG ReadLimitMilliseconds = 1000;
-constexpr std::size_t ReplyLimitBytes = 64 * 1024;
+constexpr std::size_t ReplyLimitBytes = std::size_t{64} * 1024;
 
 bool ConfigureOpenPort(const PortSettings& settings) ZB_REQUIRES(ComLock) {
     DCB line{};

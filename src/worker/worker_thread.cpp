@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "homing/automatic_homing.h"
+#include "homing/manual_homing.h"
 #include "link/command_queue.h"
 #include "replies/position.h"
 #include "settings/settings.h"
@@ -23,6 +25,12 @@ void PollPosition() {
 }
 
 void Poll() {
+    if (ManualHomingRuns()) {
+        MyManualHomingStep();
+    }
+    if (AutoHomingRuns()) {
+        MyAutoHomingStep();
+    }
     PollPosition();
     MyPollStep();
 }

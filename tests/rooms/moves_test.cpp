@@ -8,7 +8,6 @@
 using namespace std::chrono_literals;
 using simulator::ScriptedReply;
 using test_support::LineTest;
-using test_support::RoomTest;
 
 namespace {
 

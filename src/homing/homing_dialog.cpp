@@ -1,0 +1,35 @@
+#include "homing/homing_dialog.h"
+
+#include "resources/resource_ids.h"
+#include "settings/module_instance.h"
+
+void PlaceHomingDialog(HWND dialog) {
+    HWND parent = GetParent(dialog);
+    if (parent == nullptr) {
+        parent = GetDesktopWindow();
+    }
+    RECT outer{};
+    RECT inner{};
+    GetWindowRect(parent, &outer);
+    GetWindowRect(dialog, &inner);
+    SetWindowPos(dialog, nullptr, (outer.right - outer.left) / 2 - (inner.right - inner.left) / 2,
+                 (outer.bottom - outer.top) / 2 - (inner.bottom - inner.top) / 2, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER);
+}
+
+HBITMAP LoadPicture(int resource) {
+    return LoadBitmapW(ModuleInstance, MAKEINTRESOURCEW(resource));
+}
+
+void ShowPicture(HWND dialog, HBITMAP picture) {
+    SendMessageW(GetDlgItem(dialog, IDC_HOMING_PICTURE), STM_SETIMAGE, IMAGE_BITMAP,
+                 reinterpret_cast<LPARAM>(picture));
+}
+
+void RunHomingDialog(int resource, HWND parent, DLGPROC procedure, std::atomic<bool>& open) {
+    if (open.exchange(true)) {
+        return;
+    }
+    DialogBoxParamW(ModuleInstance, MAKEINTRESOURCEW(resource), parent, procedure, 0);
+    open.store(false);
+}

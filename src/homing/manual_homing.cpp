@@ -1,0 +1,176 @@
+#include "homing/manual_homing.h"
+
+#include <array>
+
+#include "homing/homing_condition.h"
+#include "homing/homing_dialog.h"
+#include "link/command_queue.h"
+#include "resources/resource_ids.h"
+
+namespace {
+
+using State = ManualHomingState;
+
+/// The worker asks the dialog to go on: wParam is the state, lParam the run that it has looked at.
+constexpr UINT AdvanceMessage = WM_APP + 1;
+
+std::atomic<State*> record{nullptr};
+std::atomic<bool> dialogOpen{false};
+
+/// Set at dialog start, read by the worker.
+std::atomic<HWND> ManualHomingDialog{nullptr};
+/// The pictures of the four states. The dialog's thread only.
+std::array<HBITMAP, 4> ManualHomingBitmaps{};
+
+void Show(HWND dialog, const WCHAR* text, bool okEnabled, std::uint32_t state) {
+    SetDlgItemTextW(dialog, IDC_HOMING_TEXT, text);
+    EnableWindow(GetDlgItem(dialog, IDOK), okEnabled ? TRUE : FALSE);
+    ShowPicture(dialog, ManualHomingBitmaps[state - State::LeftLimit]);
+}
+
+void StartDialog(HWND dialog, State& homing) {
+    ManualHomingDialog.store(dialog);
+    PlaceHomingDialog(dialog);
+    SetWindowTextW(dialog, homing.xCaption);
+    for (std::size_t i = 0; i < ManualHomingBitmaps.size(); ++i) {
+        ManualHomingBitmaps[i] = LoadPicture(IDB_TABLE_LEFT + static_cast<int>(i));
+    }
+    SetDlgItemTextW(dialog, IDC_HOMING_TEXT, homing.xPromptText);
+    ShowPicture(dialog, ManualHomingBitmaps[0]);
+    homing.state.Begin(State::LeftLimit);
+}
+
+/// The command goes first and the state last: the worker never looks at an axis whose start is not
+/// queued, and sees a state only when the dialog shows it.
+void PressOk(HWND dialog, State& homing) {
+    switch (homing.state.Value()) {
+        case State::LeftLimit:
+            MyPostManualHomingX(true);
+            Show(dialog, homing.xMoveText, false, State::XReturn);
+            homing.state.Set(State::XReturn);
+            break;
+        case State::FrontLimit:
+            MyPostManualHomingY(true);
+            Show(dialog, homing.yMoveText, false, State::YReturn);
+            homing.state.Set(State::YReturn);
+            break;
+        default:
+            break;
+    }
+}
+
+void PressCancel(HWND dialog, State& homing) {
+    switch (homing.state.Value()) {
+        case State::XReturn:
+            MyPostManualHomingX(false);
+            break;
+        case State::YReturn:
+            MyPostManualHomingY(false);
+            break;
+        default:
+            break;
+    }
+    homing.state.Set(HomingIdle);
+    EndDialog(dialog, IDCANCEL);
+}
+
+/// Does what the worker asks for, unless the run or its state is another one by now.
+void Advance(HWND dialog, State& homing, std::uint32_t state, std::uint32_t run) {
+    const HomingState::Moment now = homing.state.Now();
+    if (now.run != run || now.state != state) {
+        return;
+    }
+    if (state == State::XReturn) {
+        Show(dialog, homing.yPromptText, true, State::FrontLimit);
+        homing.state.Set(State::FrontLimit);
+    } else if (state == State::YReturn) {
+        EndDialog(dialog, 1);
+        homing.state.Set(HomingIdle);
+    }
+}
+
+void LeaveDialog(State& homing) {
+    ManualHomingDialog.store(nullptr);
+    homing.state.Set(HomingIdle);
+    for (HBITMAP& picture : ManualHomingBitmaps) {
+        DeleteObject(picture);
+        picture = nullptr;
+    }
+}
+
+}  // namespace
+
+State& EnsureManualHoming() {
+    State* homing = record.load();
+    if (homing == nullptr) {
+        auto* const made = new State;
+        if (record.compare_exchange_strong(homing, made)) {
+            return *made;
+        }
+        delete made;
+    }
+    return *homing;
+}
+
+void RunManualHoming(HWND parent) {
+    EnsureManualHoming();
+    RunHomingDialog(IDD_MANUAL_HOMING, parent, MyManualHomingDialogProc, dialogOpen);
+}
+
+INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    State& homing = *record.load();
+    switch (message) {
+        case WM_INITDIALOG:
+            StartDialog(dialog, homing);
+            return TRUE;
+        case WM_COMMAND:
+            if (wParam == IDOK) {
+                PressOk(dialog, homing);
+            } else if (wParam == IDCANCEL) {
+                PressCancel(dialog, homing);
+            }
+            return TRUE;
+        case AdvanceMessage:
+            Advance(dialog, homing, static_cast<std::uint32_t>(wParam),
+                    static_cast<std::uint32_t>(lParam));
+            return TRUE;
+        case WM_CLOSE:
+            EndDialog(dialog, 0);
+            return TRUE;
+        case WM_DESTROY:
+            LeaveDialog(homing);
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+bool ManualHomingRuns() {
+    const State* const homing = record.load();
+    return homing != nullptr && homing->state.Value() != HomingIdle;
+}
+
+void MyManualHomingStep() {
+    const HomingState::Moment now = record.load()->state.Now();
+    const HWND dialog = ManualHomingDialog.load();
+    const bool x = now.state == State::XReturn;
+    if ((!x && now.state != State::YReturn) || CommandWaits(x ? HomingXId : HomingYId)) {
+        return;
+    }
+    HomingCondition condition;
+    if (!condition.Query()) {
+        return;
+    }
+    const char* const status = condition.Field(x ? XStatusField : YStatusField);
+    if (status != nullptr && status[0] == HomingFinished) {
+        PostMessageW(dialog, AdvanceMessage, now.state, static_cast<LPARAM>(now.run));
+    }
+}
+
+bool MyPostManualHomingX(bool on) {
+    return PostCommand(HomingXId, on ? ManualXStartRequest : ManualXStopRequest);
+}
+
+bool MyPostManualHomingY(bool on) {
+    return PostCommand(HomingYId, on ? ManualYStartRequest : ManualYStopRequest);
+}
