@@ -11,6 +11,7 @@ const char* const ModuleFileName = "libZbOvisk.so";
 void* LoadLibraryFile(const std::filesystem::path& path) {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): its text is the thread's own.
         throw std::runtime_error(dlerror());
     }
     return library;

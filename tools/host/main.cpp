@@ -82,21 +82,7 @@ void AddLight(CLI::App& app, Options& options, Action& action) {
     });
 }
 
-int Run(const Options& options, const Action& action) {
-    host_tool::CatchInterrupts();
-    try {
-        ModuleLibrary module(options.library);
-        const host_tool::RunningModule running(module, 0);
-        return action(module);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "ovisk-host: %s\n", error.what());
-        return host_tool::NoModule;
-    }
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     CLI::App app{"Example host of the ZbOvisk stage module"};
     app.require_subcommand(1);
     app.footer(Statuses);
@@ -111,5 +97,20 @@ int main(int argc, char** argv) {
         action = host_tool::ShowLatches;
     });
     CLI11_PARSE(app, argc, argv);
-    return Run(options, action);
+
+    host_tool::CatchInterrupts();
+    ModuleLibrary module(options.library);
+    const host_tool::RunningModule running(module, 0);
+    return action(module);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "ovisk-host: %s\n", error.what());
+        return host_tool::NoModule;
+    }
 }
