@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "host/actions.h"
+#include "host/homing.h"
 #include "host/interrupt.h"
 #include "host/library.h"
 #include "host/module_library.h"
@@ -35,6 +36,8 @@ struct Options {
     unsigned limit = 60;
     int lamp = 0;
     int value = 0;
+    bool automatic = false;
+    bool answer = false;
 };
 
 void AddMonitor(CLI::App& app, Options& options, Action& action) {
@@ -82,6 +85,20 @@ void AddLight(CLI::App& app, Options& options, Action& action) {
     });
 }
 
+void AddHome(CLI::App& app, Options& options, Action& action) {
+    CLI::App* home = app.add_subcommand(
+        "home", "Homes the stage in the guided dialog; natively it is operated by keyboard");
+    home->add_flag("--automatic", options.automatic, "The controller drives; else by hand");
+    home->add_flag("--answer", options.answer, "Press OK whenever the dialog allows it");
+    home->callback([&] {
+        action = [&](ModuleLibrary& module) {
+            return host_tool::Home(
+                module, options.automatic,
+                options.answer ? host_tool::Operator::Program : host_tool::Operator::Person);
+        };
+    });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app{"Example host of the ZbOvisk stage module"};
     app.require_subcommand(1);
@@ -93,6 +110,7 @@ int Run(int argc, char** argv) {
     AddMonitor(app, options, action);
     AddGoTo(app, options, action);
     AddLight(app, options, action);
+    AddHome(app, options, action);
     app.add_subcommand("latches", "Prints the latches and clears them")->callback([&] {
         action = host_tool::ShowLatches;
     });
@@ -100,7 +118,7 @@ int Run(int argc, char** argv) {
 
     host_tool::CatchInterrupts();
     ModuleLibrary module(options.library);
-    const host_tool::RunningModule running(module, 0);
+    const host_tool::RunningModule running(module, options.automatic ? 1 : 0);
     return action(module);
 }
 

@@ -68,6 +68,7 @@ class Axis {
     void Place(double counts) { position_ = counts; }
     /// Says where the origin lies in present counts; finding it makes that place 0.
     void PlaceOrigin(double counts) { origin_ = counts; }
+    double Origin() const { return origin_; }
     /// The operator's hand moves the axis by so many counts at the hand's speed. A driven axis
     /// does not give way: the hand waits until it stands.
     void HandMove(double counts) { handRemaining_ += counts; }

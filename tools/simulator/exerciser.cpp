@@ -24,6 +24,18 @@ std::array<double, AxisCount> Figure(Time elapsed) {
     return figure;
 }
 
+/// The operator's hands: bring an axis whose origin is looked for past it.
+void UseHands(StageModel& model) {
+    constexpr double Overshoot = 20'000;
+    for (const AxisName name : Axes) {
+        Axis& axis = model.At(name);
+        if (axis.Home() == HomeStatus::UnderWay && !axis.HomingAutomatically() && axis.AtRest()) {
+            const double way = axis.Origin() - axis.Counts();
+            axis.HandMove(way + (way < 0 ? -Overshoot : Overshoot));
+        }
+    }
+}
+
 }  // namespace
 
 /// True if somebody else has moved the axes since the last step, or is about to.
@@ -35,6 +47,7 @@ bool Exerciser::Disturbed(const StageModel& model) const {
 }
 
 void Exerciser::Step(StageModel& model, Time now) {
+    UseHands(model);
     if (Disturbed(model)) {
         running_ = false;
         quietUntil_ = now + Rest;

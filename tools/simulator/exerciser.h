@@ -7,8 +7,9 @@
 namespace simulator {
 
 /// Keeps an idle stage alive for demonstrations: the axes follow a slow figure, the foot switch
-/// is pressed and a lamp value changes now and then. It keeps off while a command is carried out,
-/// while an origin return waits and when somebody puts the axes elsewhere, and for a while
+/// is pressed and a lamp value changes now and then, and an origin return by hand gets the hand
+/// that it needs. It keeps off while a command is carried out,
+/// while an origin return runs and when somebody puts the axes elsewhere, and for a while
 /// afterwards, and then goes on from where the axes stand.
 class Exerciser {
   public:

@@ -63,7 +63,8 @@ void AddOptions(CLI::App& app, Options& options) {
         ->capture_default_str();
     app.add_flag("--quiet", options.quiet, "Do not show the moves, settings and actions received");
     app.add_flag("--exercise", options.exercise,
-                 "Move the axes gently and change a switch and a lamp now and then; "
+                 "Move the axes gently and change a switch and a lamp now and then; turn the knobs "
+                 "in origin returns by hand; "
                  "pauses for commanded moves and origin returns");
     app.add_flag("--exit-on-eof", options.exitOnEof, "End when standard input ends");
     app.footer("Lines on standard input:\n" + std::string(simulator::ConsoleHelp()) +
