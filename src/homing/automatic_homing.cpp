@@ -106,27 +106,7 @@ void StepY(State& homing, HomingState::Moment now) {
     }
 }
 
-}  // namespace
-
-State& EnsureAutoHoming() {
-    State* homing = record.load();
-    if (homing == nullptr) {
-        auto* const made = new State;
-        if (record.compare_exchange_strong(homing, made)) {
-            return *made;
-        }
-        delete made;
-    }
-    return *homing;
-}
-
-void RunAutoHoming(HWND parent) {
-    EnsureAutoHoming();
-    RunHomingDialog(IDD_AUTO_HOMING, parent, MyAutoHomingDialogProc, dialogOpen);
-}
-
-INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
-    State& homing = *record.load();
+INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam) {
     switch (message) {
         case WM_INITDIALOG:
             StartDialog(dialog, homing);
@@ -149,6 +129,21 @@ INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam
         default:
             return FALSE;
     }
+}
+
+}  // namespace
+
+State& EnsureAutoHoming() {
+    return EnsureRecord(record);
+}
+
+void RunAutoHoming(HWND parent) {
+    EnsureAutoHoming();
+    RunHomingDialog(IDD_AUTO_HOMING, parent, MyAutoHomingDialogProc, dialogOpen);
+}
+
+INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    return GuardedProcedure([=] { return Handle(dialog, *record.load(), message, wParam); });
 }
 
 bool AutoHomingRuns() {

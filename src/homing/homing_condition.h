@@ -5,7 +5,7 @@
 
 #include "replies/query.h"
 
-/// The controller's homing condition: a reply of at least five fields, of which the fourth and the
+/// The controller's homing condition: of its fields up to five are read, and the fourth and the
 /// fifth tell how the origin returns of X and Y stand. Only a field's first character counts.
 struct HomingCondition {
     static constexpr std::size_t Fields = 5;

@@ -30,6 +30,9 @@ void RunHomingDialog(int resource, HWND parent, DLGPROC procedure, std::atomic<b
     if (open.exchange(true)) {
         return;
     }
+    const struct Reset {
+        std::atomic<bool>& open;
+        ~Reset() { open.store(false); }
+    } reset{open};
     DialogBoxParamW(ModuleInstance, MAKEINTRESOURCEW(resource), parent, procedure, 0);
-    open.store(false);
 }

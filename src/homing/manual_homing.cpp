@@ -59,17 +59,20 @@ void PressOk(HWND dialog, State& homing) {
     }
 }
 
-void PressCancel(HWND dialog, State& homing) {
-    switch (homing.state.Value()) {
-        case State::XReturn:
-            MyPostManualHomingX(false);
-            break;
-        case State::YReturn:
-            MyPostManualHomingY(false);
-            break;
-        default:
-            break;
+void PostStop(std::uint32_t state) {
+    if (state == State::XReturn) {
+        MyPostManualHomingX(false);
+    } else if (state == State::YReturn) {
+        MyPostManualHomingY(false);
     }
+}
+
+/// Ends the procedure even if there is no memory left for the stop.
+void PressCancel(HWND dialog, State& homing) {
+    GuardedProcedure([&] {
+        PostStop(homing.state.Value());
+        return TRUE;
+    });
     homing.state.Set(HomingIdle);
     EndDialog(dialog, IDCANCEL);
 }
@@ -98,27 +101,7 @@ void LeaveDialog(State& homing) {
     }
 }
 
-}  // namespace
-
-State& EnsureManualHoming() {
-    State* homing = record.load();
-    if (homing == nullptr) {
-        auto* const made = new State;
-        if (record.compare_exchange_strong(homing, made)) {
-            return *made;
-        }
-        delete made;
-    }
-    return *homing;
-}
-
-void RunManualHoming(HWND parent) {
-    EnsureManualHoming();
-    RunHomingDialog(IDD_MANUAL_HOMING, parent, MyManualHomingDialogProc, dialogOpen);
-}
-
-INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    State& homing = *record.load();
+INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG:
             StartDialog(dialog, homing);
@@ -145,6 +128,22 @@ INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wPar
     }
 }
 
+}  // namespace
+
+State& EnsureManualHoming() {
+    return EnsureRecord(record);
+}
+
+void RunManualHoming(HWND parent) {
+    EnsureManualHoming();
+    RunHomingDialog(IDD_MANUAL_HOMING, parent, MyManualHomingDialogProc, dialogOpen);
+}
+
+INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    return GuardedProcedure(
+        [=] { return Handle(dialog, *record.load(), message, wParam, lParam); });
+}
+
 bool ManualHomingRuns() {
     const State* const homing = record.load();
     return homing != nullptr && homing->state.Value() != HomingIdle;
@@ -153,6 +152,9 @@ bool ManualHomingRuns() {
 void MyManualHomingStep() {
     const HomingState::Moment now = record.load()->state.Now();
     const HWND dialog = ManualHomingDialog.load();
+    if (dialog == nullptr) {
+        return;  // It has just gone, and the state with it.
+    }
     const bool x = now.state == State::XReturn;
     if ((!x && now.state != State::YReturn) || CommandWaits(x ? HomingXId : HomingYId)) {
         return;

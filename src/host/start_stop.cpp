@@ -1,5 +1,7 @@
 #include "host/start_stop.h"
 
+#include <exception>
+
 #include "homing/automatic_homing.h"
 #include "homing/manual_homing.h"
 #include "link/command_queue.h"
@@ -18,20 +20,26 @@ Decimal Low32(std::uintptr_t data) {
     return {static_cast<std::int32_t>(data)};
 }
 
+std::atomic<bool> workerStarted{false};
+
 /// Of two threads that start the module at once, one starts the worker.
 void StartWorkerOnce() {
-    if (CommandEvent.load() != nullptr) {
+    if (workerStarted.exchange(true)) {
         return;
     }
-    HANDLE none = nullptr;
-    const HANDLE event = OpenCommandEvent();
-    if (!CommandEvent.compare_exchange_strong(none, event)) {
-        CloseHandle(event);
-        return;
-    }
+    CommandEvent.store(OpenCommandEvent());
     const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
     if (worker != nullptr) {
         CloseHandle(worker);
+    }
+}
+
+/// A controller that can't be asked, for whatever reason, does not keep the worker from starting.
+void EnableRemoteMode() {
+    try {
+        MyRemoteEnable();
+    } catch (const std::exception&) {
+        WriteLine("OviskCmd_Startup remote mode not enabled\n");
     }
 }
 
@@ -46,7 +54,7 @@ void WaitForWorker() {
 void StartModule(std::uintptr_t data) {
     WriteLine("OviskCmd_Startup data=", Low32(data), "\n");
     AutoHomingMode.store(data == 1 ? 1 : 0);
-    MyRemoteEnable();
+    EnableRemoteMode();
     StartWorkerOnce();
 }
 

@@ -11,8 +11,9 @@
 /// controller into remote mode and starts the worker, which from then on keeps the record current.
 /// The other exports may be called at any time, from any thread; none of them waits for the serial
 /// line but where it says so. `OviskCmd_Shutdown` stops the worker and closes the port; a module
-/// that was stopped is not started again within the process. Send it before the library is
-/// unloaded.
+/// that was stopped is not started again within the process. A host that unloads the library sends
+/// it first and unloads only when the worker is over: a shutdown that took less than its two
+/// seconds has seen it end, and a moment later its thread has left the library.
 ///
 ///     OVISK_ZbrCmd(OviskCmd_Startup, 0);
 ///     OviskData data;                          // constructed, owned by the host

@@ -1,5 +1,6 @@
 #include "link/serial_port.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -113,14 +114,15 @@ bool ZbComRead(std::string& reply, bool logEnabled) {
             continue;
         }
         chunk[count] = 0;
-        if (reply.size() + std::strlen(chunk) <= ReplyLimitBytes) {
-            reply += chunk;
-            if (std::strchr(chunk, '\n') != nullptr) {
-                if (logEnabled) {
-                    WriteLine("ZbComRead: ", reply, "\n");
-                }
-                return true;
+        // Only what is collected counts: a line-feed behind the limit ends nothing.
+        const std::size_t room = ReplyLimitBytes - reply.size();
+        const std::size_t kept = std::min(std::strlen(chunk), room);
+        reply.append(chunk, kept);
+        if (std::memchr(chunk, '\n', kept) != nullptr) {
+            if (logEnabled) {
+                WriteLine("ZbComRead: ", reply, "\n");
             }
+            return true;
         }
         LogChannel.WriteFormatted("ZbComRead partial \"%s\" byte count %d\n", chunk,
                                   static_cast<int>(count));

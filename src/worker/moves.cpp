@@ -15,7 +15,7 @@ namespace {
 constexpr double CountsPerUnit = 1000000.0;
 
 /// Held from the request of a move until it is watched, so that two threads' moves are watched in
-/// the order in which the controller took them. Taken before ComLock and MoveLock.
+/// the order in which the controller took them. Taken before ComLock and moveLock.
 CRITICAL_SECTION moveOrderLock;
 
 /// Guards the watch; held for a few stores.

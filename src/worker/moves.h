@@ -5,8 +5,8 @@
 #include "platform/lock_hold.h"
 #include "stage/cnc_notify.h"
 
-/// 1 while a move is watched. Set with MoveLock held, when a move was accepted; cleared by the
-/// worker with MoveLock held.
+/// 1 while a move is watched. Set when a move was accepted and cleared by the worker, both with the
+/// lock of the watch held.
 extern std::atomic<std::uint8_t> MoveActive;
 
 /// Sends the stage to an absolute position and has the worker watch the move. A unit is 1000000
