@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <tuple>
 
 namespace simulator {
 namespace {
@@ -13,180 +14,106 @@ using namespace std::chrono_literals;
 class StageModelTest : public testing::Test {
   protected:
     StageModelTest() {
-        x().Settings().speed = 1000;
-        x().Settings().acceleration = 2000;
+        x.Settings().speed = 1000;
+        x.Settings().acceleration = 2000;
     }
 
-    Axis& x() { return model_.At(AxisName::X); }
-    void Pass(Time time) { model_.AdvanceTo(now_ += time); }
+    void Pass(Time time) { model.AdvanceTo(now += time); }
 
-    StageModel model_;
-
-  private:
-    Time now_{0};
+    StageModel model;
+    Axis& x = model.At(AxisName::X);
+    Time now{0};
 };
 
-TEST_F(StageModelTest, TravelsWithTrapezoidalSpeed) {
-    ASSERT_TRUE(model_.MoveTo({2000, 0, 0}));
-    EXPECT_TRUE(x().Moving());
-    EXPECT_FALSE(model_.At(AxisName::Y).Moving());
+TEST_F(StageModelTest, TravelsWithTrapezoidalSpeedAfterTheMotionDelay) {
+    model.SetMotionDelay(300ms);
+    ASSERT_TRUE(model.MoveTo({2000, 0, 0}));
     // Distance over time: a t^2 / 2 up to half a second, then even speed.
-    Pass(250ms);
-    EXPECT_NEAR(x().Counts(), 62, 2);
-    Pass(250ms);
-    EXPECT_NEAR(x().Counts(), 250, 2);
-    Pass(1s);
-    EXPECT_NEAR(x().Counts(), 1250, 2);
-    Pass(970ms);
-    EXPECT_TRUE(x().Moving());
-    EXPECT_EQ(x().Condition().result, 0);
-    Pass(50ms);
-    EXPECT_FALSE(x().Moving());
-    EXPECT_EQ(x().Counts(), 2000);
-    EXPECT_EQ(x().Condition().result, 1);
-}
-
-TEST_F(StageModelTest, LookingOftenChangesNothing) {
-    StageModel once;
-    for (StageModel* model : {&model_, &once}) {
-        model->At(AxisName::X).Settings() = x().Settings();
-        ASSERT_TRUE(model->MoveTo({-5000, 0, 0}));
+    const std::tuple<Time, double, bool> moments[] = {{290ms, 0, false},    {550ms, 62, true},
+                                                      {800ms, 250, true},   {1800ms, 1250, true},
+                                                      {2770ms, 1999, true}, {2820ms, 2000, false}};
+    for (const auto& [time, counts, moving] : moments) {
+        model.AdvanceTo(time);
+        EXPECT_NEAR(x.Counts(), counts, 2);
+        EXPECT_EQ(x.Moving(), moving) << counts;
+        EXPECT_EQ(x.Condition().result, counts == 2000 ? 1 : 0) << counts;
     }
-    for (int i = 0; i < 1700; ++i) {
-        Pass(777us);
-    }
-    once.AdvanceTo(1700 * 777us);
-    EXPECT_EQ(x().Counts(), once.At(AxisName::X).Counts());
-}
-
-TEST_F(StageModelTest, NewMoveUnderWayBrakesAndTurnsBack) {
-    ASSERT_TRUE(model_.MoveTo({100'000, 0, 0}));
-    Pass(2s);
-    ASSERT_TRUE(model_.MoveTo({0, 0, 0}));
-    const auto turned = x().Counts();
-    Pass(100ms);
-    EXPECT_GT(x().Counts(), turned);
-    Pass(1h);
-    EXPECT_EQ(x().Counts(), 0);
-    EXPECT_EQ(x().Condition().result, 1);
 }
 
 TEST_F(StageModelTest, LimitsEndAMoveBadly) {
-    struct Case {
-        double lowerSoft, upperSoft, lowerHard, upperHard;
-        std::int32_t target, end;
-        int result, hard, soft;
-    };
-    const Case cases[] = {
-        {-900, 900, -990, 990, 900, 900, 1, 0, 0},
-        {-900, 900, -990, 990, 901, 900, 2, 0, 1},
-        {-900, 900, -990, 990, -5000, -900, 2, 0, 2},
-        {-9000, 9000, -990, 990, 5000, 990, 2, 1, 0},
-        {-9000, 9000, -990, 990, -991, -990, 2, 2, 0},
-        // Standing beyond a limit: back in is free, farther out is not.
-        {-900, -100, -990, 990, -150, -150, 1, 0, 0},
-        {-900, -100, -990, 990, 50, 0, 2, 0, 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.target);
-        model_.Place({0, 0, 0});
-        AxisSettings& settings = x().Settings();
-        settings.lowerSoftLimit = c.lowerSoft;
-        settings.upperSoftLimit = c.upperSoft;
-        settings.lowerHardLimit = c.lowerHard;
-        settings.upperHardLimit = c.upperHard;
-        ASSERT_TRUE(model_.MoveTo({c.target, 0, 0}));
-        if (c.end != 0) {
-            EXPECT_EQ(x().Condition().result, 0) << "an old move's end still shows";
-            EXPECT_EQ(x().Condition().softLimit, 0);
-        }
+    // Soft limits, target and end, then the condition: result, hard limit, soft limit. Standing
+    // beyond a limit, back in is free and farther out is not.
+    using Condition = std::tuple<int, int, int>;
+    const std::tuple<double, double, std::int32_t, std::int32_t, Condition> cases[] = {
+        {-900, 900, 900, 900, {1, 0, 0}},     {-900, 900, 901, 900, {2, 0, 1}},
+        {-900, 900, -5000, -900, {2, 0, 2}},  {-9000, 9000, 5000, 990, {2, 1, 0}},
+        {-9000, 9000, -991, -990, {2, 2, 0}}, {-900, -100, -150, -150, {1, 0, 0}},
+        {-900, -100, 50, 0, {2, 0, 1}}};
+    x.Settings().lowerHardLimit = -990;
+    x.Settings().upperHardLimit = 990;
+    for (const auto& [lower, upper, target, end, condition] : cases) {
+        model.Place({0, 0, 0});
+        x.Settings().lowerSoftLimit = lower;
+        x.Settings().upperSoftLimit = upper;
+        ASSERT_TRUE(model.MoveTo({target, 0, 0}));
         Pass(10s);
-        EXPECT_EQ(x().Counts(), c.end);
-        EXPECT_EQ(x().Condition().result, c.result);
-        EXPECT_EQ(x().Condition().hardLimit, c.hard);
-        EXPECT_EQ(x().Condition().softLimit, c.soft);
+        EXPECT_EQ(x.Counts(), end);
+        const AxisCondition shown = x.Condition();
+        EXPECT_EQ(Condition(shown.result, shown.hardLimit, shown.softLimit), condition) << target;
     }
 }
 
-TEST_F(StageModelTest, CancelBringsTheAxesToAStop) {
-    model_.Cancel();
-    EXPECT_FALSE(model_.Cancelled()) << "nothing was under way";
-    ASSERT_TRUE(model_.MoveTo({100'000, 0, 0}));
+TEST_F(StageModelTest, CancelBrakesAndANewMoveTurnsBack) {
+    ASSERT_TRUE(model.MoveTo({100'000, 0, 0}));
     Pass(1s);
-    model_.Cancel();
-    EXPECT_TRUE(model_.Cancelled());
-    EXPECT_TRUE(x().Moving());
-    const auto counts = x().Counts();
+    model.Cancel();
+    const auto counts = x.Counts();
     Pass(600ms);
-    EXPECT_FALSE(x().Moving());
-    EXPECT_NEAR(x().Counts(), counts + 250, 2);
-    EXPECT_EQ(x().Condition().result, 2);
-    EXPECT_EQ(model_.At(AxisName::Y).Condition().result, 1);
-    ASSERT_TRUE(model_.MoveTo({0, 0, 0}));
-    EXPECT_FALSE(model_.Cancelled());
-    EXPECT_EQ(x().Condition().result, 0);
-}
-
-TEST_F(StageModelTest, MotionDelayHidesTheStart) {
-    model_.SetMotionDelay(300ms);
-    ASSERT_TRUE(model_.MoveTo({1000, 0, 0}));
-    Pass(290ms);
-    EXPECT_FALSE(x().Moving());
-    EXPECT_EQ(x().Condition().result, 0);
-    EXPECT_EQ(x().Counts(), 0);
-    Pass(20ms);
-    EXPECT_TRUE(x().Moving());
-    Pass(5s);
-    EXPECT_EQ(x().Condition().result, 1);
+    EXPECT_NEAR(x.Counts(), counts + 250, 2);
+    EXPECT_TRUE(model.Cancelled());
+    EXPECT_EQ(x.Condition().result, 2);
+    ASSERT_TRUE(model.MoveTo({100'000, 0, 0}));
+    EXPECT_FALSE(model.Cancelled());
+    Pass(1s);
+    ASSERT_TRUE(model.MoveTo({0, 0, 0}));
+    Pass(1h);
+    EXPECT_EQ(x.Counts(), 0);
 }
 
 TEST_F(StageModelTest, ManualHomeEndsWhereTheHandPassesTheOrigin) {
-    x().Settings().handSpeed = 1000;
-    x().Place(-500);
-    x().PlaceOrigin(250);
-    ASSERT_TRUE(x().StartManualHome());
-    x().HandMove(700);
+    x.Place(-500);
+    x.PlaceOrigin(250);
+    ASSERT_TRUE(x.StartManualHome());
+    x.HandMove(700);
     Pass(10s);
-    EXPECT_EQ(x().Home(), HomeStatus::UnderWay);
-    x().HandMove(150);
+    EXPECT_EQ(x.Home(), HomeStatus::UnderWay);
+    x.HandMove(150);
     Pass(10s);
-    EXPECT_EQ(x().Home(), HomeStatus::Finished);
-    EXPECT_NEAR(x().Counts(), 100, 1) << "the origin has become 0";
-    ASSERT_TRUE(x().StartManualHome());
-    x().StopManualHome();
-    EXPECT_EQ(x().Home(), HomeStatus::Idle);
+    EXPECT_EQ(x.Home(), HomeStatus::Finished);
+    EXPECT_NEAR(x.Counts(), 100, 1) << "the origin has become 0";
 }
 
-TEST_F(StageModelTest, AutomaticHomeTravelsAndSettles) {
-    x().Place(1500);
-    x().PlaceOrigin(500);
-    ASSERT_TRUE(x().StartAutomaticHome());
-    EXPECT_FALSE(model_.MoveTo({0, 0, 0})) << "the motor is busy";
-    Pass(1600ms);
-    EXPECT_EQ(x().Counts(), 500);
-    EXPECT_EQ(x().Home(), HomeStatus::UnderWay);
-    Pass(200ms);
-    EXPECT_EQ(x().Home(), HomeStatus::Finished);
-    EXPECT_EQ(x().Counts(), 0);
-}
-
-TEST_F(StageModelTest, HomingIsRefusedAndFailsOnDemand) {
-    x().Settings().homeOutcome = HomeOutcome::Refuse;
-    EXPECT_FALSE(x().StartManualHome());
-    EXPECT_FALSE(x().StartAutomaticHome());
-    EXPECT_EQ(x().Home(), HomeStatus::Idle);
-    x().Settings().homeOutcome = HomeOutcome::Fail;
-    ASSERT_TRUE(x().StartAutomaticHome());
-    Pass(1s);
-    EXPECT_EQ(x().Home(), HomeStatus::Failed);
-    x().Settings().homeOutcome = HomeOutcome::Ok;
-    x().Place(5000);
-    ASSERT_TRUE(x().StartAutomaticHome());
-    Pass(1s);
-    model_.Cancel();
-    EXPECT_EQ(x().Home(), HomeStatus::Failed);
-    Pass(1s);
-    EXPECT_FALSE(x().Moving());
+TEST_F(StageModelTest, AutomaticHomeIsRefusedFailsOrFinishes) {
+    x.Settings().homeOutcome = HomeOutcome::Refuse;
+    EXPECT_FALSE(x.StartAutomaticHome() || x.StartManualHome());
+    EXPECT_EQ(x.Home(), HomeStatus::Idle);
+    for (const HomeOutcome outcome : {HomeOutcome::Fail, HomeOutcome::Ok}) {
+        x.Settings().homeOutcome = outcome;
+        x.Place(1500);
+        x.PlaceOrigin(500);
+        ASSERT_TRUE(x.StartAutomaticHome());
+        Pass(1600ms);
+        EXPECT_EQ(x.Counts(), 500);
+        EXPECT_EQ(x.Home(), HomeStatus::UnderWay);
+        Pass(200ms);
+        const bool well = outcome == HomeOutcome::Ok;
+        EXPECT_EQ(x.Home(), well ? HomeStatus::Finished : HomeStatus::Failed);
+        EXPECT_EQ(x.Counts(), well ? 0 : 500);
+    }
+    x.Place(5000);
+    ASSERT_TRUE(x.StartAutomaticHome());
+    model.Cancel();
+    EXPECT_EQ(x.Home(), HomeStatus::Failed);
 }
 
 }  // namespace

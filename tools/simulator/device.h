@@ -60,7 +60,6 @@ class Device {
     /// For refusals on demand.
     Protocol& Wire() { return protocol_; }
     void SetScript(Script script) { script_ = std::move(script); }
-    void SetLatency(Time latency) { settings_.latency = latency; }
 
     /// Lets the stage move on without any bytes.
     void AdvanceTo(Time now) { model_.AdvanceTo(now); }

@@ -31,7 +31,6 @@ class Protocol {
     void Refuse(const std::string& mnemonic, const std::string& error) {
         refusals_[mnemonic] = error;
     }
-    void Accept(const std::string& mnemonic) { refusals_.erase(mnemonic); }
     /// Whether a refused query is filled up with zeros to its usual number of fields.
     void FillRefusals(bool on) { fillRefusals_ = on; }
 
