@@ -22,9 +22,26 @@ std::atomic<HWND> ManualHomingDialog{nullptr};
 /// The pictures of the four states. The dialog's thread only.
 std::array<HBITMAP, 4> ManualHomingBitmaps{};
 
+void Focus(HWND dialog, HWND button) {
+    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(button), TRUE);
+}
+
+/// A button that is disabled while it has the focus takes the keyboard with it, Escape included:
+/// the focus goes to Cancel first, and comes back to OK when that can be pressed again.
+void EnableOk(HWND dialog, bool enabled) {
+    const HWND ok = GetDlgItem(dialog, IDOK);
+    if (!enabled) {
+        Focus(dialog, GetDlgItem(dialog, IDCANCEL));
+    }
+    EnableWindow(ok, enabled ? TRUE : FALSE);
+    if (enabled) {
+        Focus(dialog, ok);
+    }
+}
+
 void Show(HWND dialog, const WCHAR* text, bool okEnabled, std::uint32_t state) {
     SetDlgItemTextW(dialog, IDC_HOMING_TEXT, text);
-    EnableWindow(GetDlgItem(dialog, IDOK), okEnabled ? TRUE : FALSE);
+    EnableOk(dialog, okEnabled);
     ShowPicture(dialog, ManualHomingBitmaps[state - State::LeftLimit]);
 }
 

@@ -170,6 +170,7 @@ using LPCOMMTIMEOUTS = COMMTIMEOUTS*;
 
 constexpr UINT WM_DESTROY = 0x0002;
 constexpr UINT WM_CLOSE = 0x0010;
+constexpr UINT WM_NEXTDLGCTL = 0x28;  // Moves the keyboard's focus; here a dialog has none.
 constexpr UINT WM_INITDIALOG = 0x0110;
 constexpr UINT WM_COMMAND = 0x0111;
 constexpr UINT WM_TIMER = 0x0113;
