@@ -14,10 +14,10 @@ using test_support::WriteSettings;
 
 constexpr const WCHAR* File = WIDE("C:/Users/Public/Documents/Zembra/Settings/zembra.ini");
 
-Text Read(const WCHAR* section, const WCHAR* key, DWORD size = 100,
-          const WCHAR* standard = WIDE("standard"), const WCHAR* file = File) {
+Text Read(const WCHAR* section, const WCHAR* key, DWORD size = 100, const WCHAR* file = File) {
     std::vector<WCHAR> buffer(size, 'x');
-    const DWORD count = GetPrivateProfileStringW(section, key, standard, buffer.data(), size, file);
+    const DWORD count =
+        GetPrivateProfileStringW(section, key, WIDE("standard"), buffer.data(), size, file);
     EXPECT_EQ(count, Text(buffer.data()).size());
     return buffer.data();
 }
@@ -28,44 +28,40 @@ class Profile : public testing::Test {
 };
 
 TEST_F(Profile, FindsNumbers) {
-    struct Case {
+    const struct {
         const char* line;
         UINT value;
-    };
-    constexpr Case Cases[] = {
-        {"Key=12", 12},
+    } cases[] = {
         {" key \t=  12  ", 12},
         {"KEY=-5", 4294967291U},
-        {"Key=+5", 5},
         {"Key=12abc", 12},
         {"Key=1.9", 1},
         {"Key=abc", 0},
-        {"Key=-", 0},
-        {"Key=007", 7},
         {"Key=4294967297", 1},
         {"Key=\"33\"", 33},
-        {"Key='33'", 33},
         {"Key=", 99},
         {"Key", 99},
         {";Key=5", 99},
-        {"Other=5", 99},
         {"Key=1\nKey=2", 1},
         {"[Else]\nKey=3", 99},
     };
-    for (const Case& test : Cases) {
+    const WCHAR* otherWriting = WIDE(
+        "c:\\USERS\\public\\documents/../Documents\\.\\zembra/settings"
+        "\\ZEMBRA.INI");
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.line);
         WriteSettings(std::string("[Section]\r\n") + test.line + "\r\n[Next]\r\nNone=1\r\n");
-        EXPECT_EQ(GetPrivateProfileIntW(WIDE("section"), WIDE("Key"), 99, File), test.value)
-            << test.line;
+        for (const WCHAR* file : {File, otherWriting}) {
+            EXPECT_EQ(GetPrivateProfileIntW(WIDE("section"), WIDE("Key"), 99, file), test.value);
+        }
     }
 }
 
 TEST_F(Profile, FindsTexts) {
-    struct Case {
+    const struct {
         const char* line;
         const WCHAR* value;
-    };
-    constexpr Case Cases[] = {
-        {"Key=some text", WIDE("some text")},
+    } cases[] = {
         {"Key =\t text ; no comment  ", WIDE("text ; no comment")},
         {"Key=\" quoted \"", WIDE(" quoted ")},
         {"Key='quoted'", WIDE("quoted")},
@@ -73,8 +69,9 @@ TEST_F(Profile, FindsTexts) {
         {"Key=a=b", WIDE("a=b")},
         {"Key=", WIDE("")},
         {"Key=\xB5m", WIDE("\u00b5m")},
+        {"None=1", WIDE("standard")},
     };
-    for (const Case& test : Cases) {
+    for (const auto& test : cases) {
         for (const char* end : {"\n", "\r\n", ""}) {
             WriteSettings(std::string("\n[Section]\n") + test.line + end);
             EXPECT_EQ(Read(WIDE("SECTION"), WIDE("key")), test.value) << test.line;
@@ -83,46 +80,41 @@ TEST_F(Profile, FindsTexts) {
 }
 
 TEST_F(Profile, UnderstandsByteOrderMarks) {
-    WriteSettings("\xEF\xBB\xBF[Section]\nKey=\xC2\xB5m\n");
-    EXPECT_EQ(Read(WIDE("Section"), WIDE("Key")), WIDE("\u00b5m"));
     std::string wide = "\xFF\xFE";
     for (const char letter : std::string("[Section]\r\nKey=\xB5m\r\n")) {
         wide += {letter, '\0'};
     }
-    WriteSettings(wide);
-    EXPECT_EQ(Read(WIDE("Section"), WIDE("Key")), WIDE("\u00b5m"));
+    for (const std::string& text : {std::string("\xEF\xBB\xBF[Section]\nKey=\xC2\xB5m\n"), wide}) {
+        WriteSettings(text);
+        EXPECT_EQ(Read(WIDE("Section"), WIDE("Key")), WIDE("\u00b5m"));
+    }
 }
 
-TEST_F(Profile, CutsOffAtTheBuffer) {
+TEST_F(Profile, CutsOffAtTheBufferAndGivesTheDefaultForWhatIsMissing) {
     WriteSettings("[Section]\nKey=12345\n");
     EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 6), WIDE("12345"));
     EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 5), WIDE("1234"));
     EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 1), WIDE(""));
     EXPECT_EQ(Read(WIDE("Section"), WIDE("None"), 4), WIDE("sta"));
-}
-
-TEST_F(Profile, GivesTheDefaultForWhatIsMissing) {
-    WriteSettings("[Section]\nKey=1\n");
-    EXPECT_EQ(Read(WIDE("Section"), WIDE("None"), 100, WIDE("with blanks  ")), WIDE("with blanks"));
     EXPECT_EQ(Read(WIDE("None"), WIDE("Key")), WIDE("standard"));
-    EXPECT_EQ(GetPrivateProfileIntW(WIDE("None"), WIDE("Key"), -1, File), 0xFFFFFFFFU);
+    // A folder in the file's place.
+    EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 100, WIDE("C:/Users/Public")), WIDE("standard"));
     RemoveSettings();
     EXPECT_EQ(Read(WIDE("Section"), WIDE("Key")), WIDE("standard"));
-    EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 100, WIDE("x"), WIDE("C:/none/such/file.ini")),
-              WIDE("x"));
-    // A folder in the file's place.
-    EXPECT_EQ(Read(WIDE("Section"), WIDE("Key"), 100, WIDE("x"), WIDE("C:/Users/Public")),
-              WIDE("x"));
 }
 
-TEST_F(Profile, ReadsTheFileAfreshByAnyWritingOfItsPath) {
-    for (const char* value : {"1", "22", "3"}) {
-        WriteSettings(std::string("[Section]\nKey=") + value + "\n");
-        const UINT number = static_cast<UINT>(std::stoi(value));
-        for (const WCHAR* file : {File, WIDE("c:\\USERS\\public\\documents/../Documents\\.\\zembra"
-                                             "/settings\\ZEMBRA.INI")}) {
-            EXPECT_EQ(GetPrivateProfileIntW(WIDE("Section"), WIDE("Key"), 99, file), number);
-        }
+TEST(TextToNumber, ReadsTheDecimalAtTheStart) {
+    const struct {
+        const WCHAR* text;
+        double value;
+    } cases[] = {
+        {WIDE(""), 0.0},    {WIDE("."), 0.0},      {WIDE(" \t-1.5mm"), -1.5},
+        {WIDE("+.5"), 0.5}, {WIDE("5."), 5.0},     {WIDE("1e"), 1.0},
+        {WIDE("1,5"), 1.0}, {WIDE("0.1"), 0.1},    {WIDE("1.2.3"), 1.2},
+        {WIDE("- 1"), 0.0}, {WIDE("2E-2x"), 0.02}, {WIDE("\u00b5 5"), 0.0},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(_wtof(test.text), test.value) << testing::PrintToString(Text(test.text));
     }
 }
 

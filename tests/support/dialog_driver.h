@@ -36,7 +36,6 @@ class DialogDriver {
 
     void Press(int control) const { PostMessageW(window_, WM_COMMAND, Unsigned(control), 0); }
     void Close() const { PostMessageW(window_, WM_CLOSE, 0, 0); }
-    void Type(int control, const std::string& text) const;
 
   private:
     static WPARAM Unsigned(int control) { return static_cast<WPARAM>(control); }

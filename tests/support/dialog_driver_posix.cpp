@@ -47,10 +47,6 @@ int DialogDriver::PictureHeight(int control) const {
     return ControlOf(window_, control).pictureHeight;
 }
 
-void DialogDriver::Type(int control, const std::string& text) const {
-    headless::TypeText(window_, control, text);
-}
-
 bool RunMessages(const std::function<bool()>& done, std::chrono::milliseconds limit) {
     return headless::RunMessages(done, limit);
 }

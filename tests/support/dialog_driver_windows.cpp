@@ -81,10 +81,6 @@ int DialogDriver::PictureHeight(int control) const {
     return SizeOf(ShownIn(window_, control)).bmHeight;
 }
 
-void DialogDriver::Type(int control, const std::string& text) const {
-    SetDlgItemTextA(window_, control, text.c_str());
-}
-
 bool RunMessages(const std::function<bool()>& done, std::chrono::milliseconds limit) {
     constexpr DWORD LoopPeriod = 10;
     const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(limit.count());
