@@ -66,8 +66,8 @@ INT_PTR EndOnCommand(HWND window, const Heard& heard) {
                : FALSE;
 }
 
-INT_PTR RunHoming(Script& script, HWND owner = nullptr) {
-    return DialogBoxParamW(ResourceInstance(), MAKEINTRESOURCEW(IDD_MANUAL_HOMING), owner, Play,
+INT_PTR RunHoming(Script& script) {
+    return DialogBoxParamW(ResourceInstance(), MAKEINTRESOURCEW(IDD_MANUAL_HOMING), nullptr, Play,
                            reinterpret_cast<LPARAM>(&script));
 }
 
@@ -124,26 +124,6 @@ TEST(ModalDialog, RunsUntilItsEndAndGivesTheResult) {
         EXPECT_EQ(script.heard, all);
         EXPECT_FALSE(DialogDriver(script.window).Exists());
     }
-}
-
-TEST(ModalDialog, DisablesItsOwnerAndServesAllWindowsOfTheThread) {
-    OnThread([] {
-        Script panelScript;
-        const HWND panel = MakePanel(panelScript);
-        Script script;
-        script.handler = [panel](HWND window, const Heard& heard) {
-            if (heard.message == WM_INITDIALOG) {
-                EXPECT_EQ(GetParent(window), panel);
-                EXPECT_TRUE(PostMessageW(panel, TestMessage, 1, 0));
-                EXPECT_TRUE(PostMessageW(window, WM_COMMAND, IDOK, 0));
-            } else {
-                EXPECT_EQ(DialogDriver(panel).IsEnabled(), heard.message == WM_DESTROY);
-            }
-            return EndOnCommand(window, heard);
-        };
-        EXPECT_EQ(RunHoming(script, panel), 101);
-        EXPECT_EQ(panelScript.heard.back(), (Heard{TestMessage, 1}));
-    });
 }
 
 TEST(Messages, ToAWindowThatHasGoneFail) {

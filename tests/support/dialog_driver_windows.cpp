@@ -48,10 +48,6 @@ bool DialogDriver::IsVisible() const {
     return IsWindowVisible(window_) != FALSE;
 }
 
-bool DialogDriver::IsEnabled() const {
-    return IsWindowEnabled(window_) != FALSE;
-}
-
 std::string DialogDriver::Caption() const {
     return TextOf(window_);
 }
