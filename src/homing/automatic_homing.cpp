@@ -12,7 +12,8 @@ namespace {
 
 using State = AutoHomingState;
 
-std::atomic<State*> record{nullptr};
+/// The one record, for the life of the module.
+constinit State record;
 std::atomic<bool> dialogOpen{false};
 
 /// The dialog's thread only.
@@ -133,26 +134,20 @@ INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam) {
 
 }  // namespace
 
-State& EnsureAutoHoming() {
-    return EnsureRecord(record);
-}
-
 void RunAutoHoming(HWND parent) {
-    EnsureAutoHoming();
     RunHomingDialog(IDD_AUTO_HOMING, parent, MyAutoHomingDialogProc, dialogOpen);
 }
 
 INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
-    return GuardedProcedure([=] { return Handle(dialog, *record.load(), message, wParam); });
+    return GuardedProcedure([=] { return Handle(dialog, record, message, wParam); });
 }
 
 bool AutoHomingRuns() {
-    const State* const homing = record.load();
-    return homing != nullptr && homing->state.Value() != HomingIdle;
+    return record.state.Value() != HomingIdle;
 }
 
 void MyAutoHomingStep() {
-    State& homing = *record.load();
+    State& homing = record;
     const HomingState::Moment now = homing.state.Now();
     if (now.state == State::XReturn && !CommandWaits(HomingXId)) {
         StepX(homing, now);

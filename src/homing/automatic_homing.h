@@ -20,9 +20,6 @@ struct AutoHomingState {
         "\r\n\r\nPress Cancel to abort.");
 };
 
-/// The one record, made at first need and kept for good. Any thread.
-AutoHomingState& EnsureAutoHoming();
-
 /// Opens the dialog on the caller's thread and returns when it has ended, with homing under way
 /// after OK. Does nothing while it is open already.
 void RunAutoHoming(HWND parent);

@@ -38,19 +38,5 @@ class HomingState {
     std::atomic<std::uint64_t> word_{0};
 };
 
-/// The procedure's one record, made by whoever needs it first and kept for the life of the process.
-template <typename Record>
-Record& EnsureRecord(std::atomic<Record*>& slot) {
-    Record* record = slot.load();
-    if (record == nullptr) {
-        auto* const made = new Record;
-        if (slot.compare_exchange_strong(record, made)) {
-            return *made;
-        }
-        delete made;
-    }
-    return *record;
-}
-
 /// No homing under way, in both procedures.
 inline constexpr std::uint32_t HomingIdle = 0;

@@ -14,7 +14,8 @@ using State = ManualHomingState;
 /// The worker asks the dialog to go on: wParam is the state, lParam the run that it has looked at.
 constexpr UINT AdvanceMessage = WM_APP + 1;
 
-std::atomic<State*> record{nullptr};
+/// The one record, for the life of the module.
+constinit State record;
 std::atomic<bool> dialogOpen{false};
 
 /// Set at dialog start, read by the worker.
@@ -147,27 +148,20 @@ INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam, LPARAM l
 
 }  // namespace
 
-State& EnsureManualHoming() {
-    return EnsureRecord(record);
-}
-
 void RunManualHoming(HWND parent) {
-    EnsureManualHoming();
     RunHomingDialog(IDD_MANUAL_HOMING, parent, MyManualHomingDialogProc, dialogOpen);
 }
 
 INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    return GuardedProcedure(
-        [=] { return Handle(dialog, *record.load(), message, wParam, lParam); });
+    return GuardedProcedure([=] { return Handle(dialog, record, message, wParam, lParam); });
 }
 
 bool ManualHomingRuns() {
-    const State* const homing = record.load();
-    return homing != nullptr && homing->state.Value() != HomingIdle;
+    return record.state.Value() != HomingIdle;
 }
 
 void MyManualHomingStep() {
-    const HomingState::Moment now = record.load()->state.Now();
+    const HomingState::Moment now = record.state.Now();
     const HWND dialog = ManualHomingDialog.load();
     if (dialog == nullptr) {
         return;  // It has just gone, and the state with it.

@@ -27,9 +27,6 @@ struct ManualHomingState {
     const WCHAR* yMoveText = WIDE("Move the stage slowly to the back");
 };
 
-/// The one record, made at first need and kept for good. Any thread.
-ManualHomingState& EnsureManualHoming();
-
 /// Opens the dialog on the caller's thread and returns when it has ended. Does nothing while it is
 /// open already.
 void RunManualHoming(HWND parent);
