@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "log/log_line.h"
 #include "settings/settings.h"
@@ -117,8 +118,9 @@ bool ZbComRead(std::string& reply, bool logEnabled) {
         // Only what is collected counts: a line-feed behind the limit ends nothing.
         const std::size_t room = ReplyLimitBytes - reply.size();
         const std::size_t kept = std::min(std::strlen(chunk), room);
-        reply.append(chunk, kept);
-        if (std::memchr(chunk, '\n', kept) != nullptr) {
+        const std::string_view collected(chunk, kept);
+        reply += collected;
+        if (collected.find('\n') != collected.npos) {
             if (logEnabled) {
                 WriteLine("ZbComRead: ", reply, "\n");
             }

@@ -168,6 +168,7 @@ void ZBR_Log::WriteFormatted(const char* format, ...) {
         return;
     }
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it has just been started again.
     std::vsnprintf(text.get(), size, format, arguments);
     va_end(arguments);
     WriteText(text.get());
