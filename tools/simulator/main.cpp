@@ -6,7 +6,9 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/console.h"
@@ -14,6 +16,7 @@
 #include "simulator/controller.h"
 #include "simulator/exerciser.h"
 #include "simulator/line_option.h"
+#include "simulator/replay_program.h"
 
 namespace {
 
@@ -32,6 +35,7 @@ extern "C" void AskToStop(int /*signal*/) {
 
 struct Options {
     simulator::LineOption line;
+    simulator::ReplayOptions replay;
     unsigned bitsPerSecond = 38'400;
     double latency = 0;
     double motionDelay = 0;
@@ -67,9 +71,13 @@ void AddOptions(CLI::App& app, Options& options) {
                  "in origin returns by hand; "
                  "pauses for commanded moves and origin returns");
     app.add_flag("--exit-on-eof", options.exitOnEof, "End when standard input ends");
-    app.footer("Lines on standard input:\n" + std::string(simulator::ConsoleHelp()) +
-               "\n\nExit status: 0 after quit, an interrupt or --exit-on-eof; 1 if the line "
-               "cannot be opened;\n2 for a wrong command line.");
+    options.replay.AddTo(app);
+    app.footer(
+        "Lines on standard input:\n" + std::string(simulator::ConsoleHelp()) +
+        "\n\nExit status: 0 after quit, an interrupt or --exit-on-eof; 1 if the line "
+        "cannot be opened;\n2 for a wrong command line. A replay: 0 if the record was followed "
+        "to its end, 3 after\ndepartures, 4 if it stopped before the end without one, 5 if "
+        "the file holds no exchange.");
 }
 
 simulator::Time Milliseconds(double count) {
@@ -133,14 +141,25 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? StatusGood : StatusBadCommandLine;
     }
+    std::optional<simulator::Trace> trace;
+    if (options.replay.Chosen() && !(trace = options.replay.Read())) {
+        return simulator::ReplayOptions::StatusNoRecord;
+    }
     const auto line = options.line.Open(options.bitsPerSecond);
     simulator::DeviceSettings settings;
     settings.bitsPerSecond = options.bitsPerSecond;
     settings.latency = Milliseconds(options.latency);
-    simulator::Controller controller(*line, settings);
-    controller.With([&](StageModel& model) { SetUp(model, options); });
     std::signal(SIGINT, AskToStop);
     std::signal(SIGTERM, AskToStop);
+    if (trace) {
+        return simulator::RunReplay(*line, options.line.Name(), settings, std::move(*trace),
+                                    options.replay.Settings(), [&](const auto& input) {
+                                        return stopAsked != 0 ||
+                                               (options.exitOnEof && input.Ended());
+                                    });
+    }
+    simulator::Controller controller(*line, settings);
+    controller.With([&](StageModel& model) { SetUp(model, options); });
     controller.Start();
     std::cout << "ready on " << options.line.Name() << std::endl;
     Serve(controller, options);
