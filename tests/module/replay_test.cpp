@@ -91,19 +91,4 @@ TEST_F(ReplayTest, FaultsOfACustomerAreFollowed) {
     ExpectFollowed();
 }
 
-TEST_F(ReplayTest, AnotherRequestThanRecordedGetsNoReply) {
-    std::string record = ReadRecord("move-and-lamp.log");
-    std::size_t target = 0;
-    while ((target = record.find("@MMVAL=+250000")) != record.npos) {
-        record.replace(target, 14, "@MMVAL=+250001");
-    }
-    StartAgainst(record);
-    EXPECT_FALSE(Move(0.25, -0.1, 0.05));
-    const auto messages = AskReplay([](Replay& replay) { return replay.TakeMessages(); });
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_EQ(messages[0],
-              "departure: @MMVAL=+250000,-100000,+50000 came in the place of line 268: "
-              "@MMVAL=+250001,-100000,+50000: no reply");
-}
-
 }  // namespace

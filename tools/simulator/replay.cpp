@@ -301,23 +301,4 @@ std::string Replay::Summary() const {
     return text.str();
 }
 
-std::string Describe(const Trace& trace) {
-    constexpr std::size_t LongestList = 20;
-    std::ostringstream text;
-    text << Plural(trace.exchanges.size(), "exchange");
-    if (!trace.exchanges.empty()) {
-        text << " from line " << trace.exchanges.front().line << " to line "
-             << trace.exchanges.back().line << (trace.hasTimes ? ", with" : ", without")
-             << " times";
-    }
-    text << "; skipped " << Plural(trace.foreignLines, "foreign line");
-    for (std::size_t i = 0; i < std::min(trace.remarks.size(), LongestList); ++i) {
-        text << "\nline " << trace.remarks[i].line << ": " << trace.remarks[i].text;
-    }
-    if (trace.remarks.size() > LongestList) {
-        text << "\nand " << trace.remarks.size() - LongestList << " more remarks";
-    }
-    return text.str();
-}
-
 }  // namespace simulator

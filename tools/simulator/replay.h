@@ -101,7 +101,4 @@ class Replay {
     std::vector<std::string> messages_;
 };
 
-/// What a trace holds and what of it could not be used, for people: several lines.
-std::string Describe(const Trace& trace);
-
 }  // namespace simulator

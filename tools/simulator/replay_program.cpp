@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -10,6 +11,24 @@
 namespace simulator {
 
 namespace {
+
+/// What a trace holds, and what of it could not be used.
+void Describe(const Trace& trace) {
+    constexpr std::size_t LongestList = 20;
+    std::cout << "exchanges: " << trace.exchanges.size();
+    if (!trace.exchanges.empty()) {
+        std::cout << ", line " << trace.exchanges.front().line << " to line "
+                  << trace.exchanges.back().line
+                  << (trace.hasTimes ? ", with times" : ", without times");
+    }
+    std::cout << "; foreign lines skipped: " << trace.foreignLines << "\n";
+    for (std::size_t i = 0; i < std::min(trace.remarks.size(), LongestList); ++i) {
+        std::cout << "line " << trace.remarks[i].line << ": " << trace.remarks[i].text << "\n";
+    }
+    if (trace.remarks.size() > LongestList) {
+        std::cout << "remarks more than these: " << trace.remarks.size() - LongestList << "\n";
+    }
+}
 
 void ShowMessages(Controller& controller, Replay& replay) {
     const auto messages = controller.With([&](Device&) { return replay.TakeMessages(); });
@@ -69,7 +88,8 @@ std::optional<Trace> ReplayOptions::Read() const {
         return std::nullopt;
     }
     Trace trace = ReadTrace(content.str());
-    std::cout << file_ << ": " << Describe(trace) << std::endl;
+    std::cout << file_ << ": ";
+    Describe(trace);
     if (trace.exchanges.empty()) {
         std::cerr << "ovisk-sim: no exchange in " << file_ << "; was it recorded with SerialLog 1?"
                   << std::endl;
