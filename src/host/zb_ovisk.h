@@ -5,6 +5,7 @@
 #include "stage/cnc_notify.h"
 #include "stage/ovisk_data.h"
 
+/// @file
 /// The module's exports: all that a host needs.
 ///
 /// Order of calls. The module is loaded once. `OviskCmd_Startup` opens the port, puts the

@@ -6,7 +6,6 @@
 #include "host/actions.h"
 #include "host/homing.h"
 #include "host/interrupt.h"
-#include "host/library.h"
 #include "host/module_library.h"
 #include "host/monitor.h"
 #include "host/panel.h"
@@ -24,13 +23,9 @@ const char* const Statuses =
     "such control; 5 the move ended with an error; 6 no "
     "notice of the end of the move; above 100: unusable arguments.";
 
-std::filesystem::path BesideProgram(const char* program) {
-    return std::filesystem::absolute(program).parent_path() / host_tool::ModuleFileName;
-}
-
 /// Options of all subcommands, with their defaults.
 struct Options {
-    std::filesystem::path library;
+    std::filesystem::path library = host_tool::ModuleFileName;
     unsigned period = 200;
     unsigned seconds = 0;
     bool every = false;
@@ -121,7 +116,6 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer(Statuses);
     Options options;
-    options.library = BesideProgram(argv[0]);
     app.add_option("--library", options.library, "The module's file")->capture_default_str();
     Action action;
     AddMonitor(app, options, action);
