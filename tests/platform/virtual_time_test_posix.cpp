@@ -35,7 +35,7 @@ class SlowPeer : public LocalPeer {
     void Receive(std::string_view /*bytes*/, std::chrono::nanoseconds now) override {
         due_ = {now + std::chrono::milliseconds(700), now + std::chrono::milliseconds(800)};
     }
-    std::string TakeDue(std::chrono::nanoseconds now) override {
+    std::string TakeDue(std::size_t /*most*/, std::chrono::nanoseconds now) override {
         std::string bytes;
         while (!due_.empty() && due_.front() <= now) {
             due_.erase(due_.begin());

@@ -53,10 +53,8 @@ class LocalLine : public SerialLine {
         if (port_->peer == nullptr) {
             return -1;
         }
-        came_ += port_->peer->TakeDue(std::chrono::nanoseconds(Now()));
-        const std::size_t count = came_.copy(buffer, size);
-        came_.erase(0, count);
-        return static_cast<ssize_t>(count);
+        const std::string came = port_->peer->TakeDue(size, std::chrono::nanoseconds(Now()));
+        return static_cast<ssize_t>(came.copy(buffer, size));
     }
 
     ssize_t Write(const char* bytes, std::size_t size) override {
@@ -92,8 +90,6 @@ class LocalLine : public SerialLine {
     }
 
     const std::shared_ptr<State> port_;
-    /// What the peer sent and nobody has read. The owner's thread only.
-    std::string came_;
 };
 
 }  // namespace

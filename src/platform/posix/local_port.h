@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,8 +13,8 @@ class LocalPeer {
   public:
     virtual ~LocalPeer() = default;
     virtual void Receive(std::string_view bytes, std::chrono::nanoseconds now) = 0;
-    /// The bytes that have arrived by `now`.
-    virtual std::string TakeDue(std::chrono::nanoseconds now) = 0;
+    /// The next bytes, at most so many, of those that have arrived by `now`.
+    virtual std::string TakeDue(std::size_t most, std::chrono::nanoseconds now) = 0;
     /// When `TakeDue` next has something to do; nothing while only new bytes can change that.
     virtual std::optional<std::chrono::nanoseconds> NextDue() = 0;
 };
