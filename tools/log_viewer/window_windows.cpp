@@ -162,9 +162,9 @@ void MainWindow::ShowStatus() {
     std::wstring text = paused_ ? L"Paused.  " : L"";
     text += notFound_ ? L"Not found: " + FindWords() + L".  " : L"";
     text += std::to_wstring(session_.store.Received()) + L" lines came, " +
-            std::to_wstring(session_.store.Held()) + L" kept.  At most " +
+            std::to_wstring(session_.store.Held()) + L" kept.  Log block at most " +
             std::to_wstring(session_.collector.Fullest()) + L" of " +
-            std::to_wstring(Channel::BlockCharacters - 1) + L" characters in use.";
+            std::to_wstring(Channel::BlockCharacters - 1) + L" characters full.";
     if (session_.saver != nullptr) {
         text += (session_.saver->Failed() ? L"  NOT SAVED, cannot write " : L"  Saved in ") +
                 session_.saver->File().wstring();
