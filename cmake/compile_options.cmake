@@ -46,3 +46,8 @@ option(OVISK_COVERAGE "Count what the tests run of the module (clang)" OFF)
 if(OVISK_COVERAGE)
     target_link_options(ovisk_options INTERFACE -fprofile-instr-generate)
 endif()
+
+option(OVISK_FUZZ "Build the fuzz targets (clang)" OFF)
+if(OVISK_FUZZ)
+    target_compile_options(ovisk_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
