@@ -30,7 +30,8 @@ Outcome Run(Device& device, std::span<const ConsoleCommand> commands, std::strin
         return {"unknown command, see help", ""};
     }
     if (!found->run(device, words)) {
-        return {"usage: " + std::string(name) + " " + std::string(found->values), ""};
+        const std::string values(found->values);
+        return {"usage: " + std::string(name) + (values.empty() ? "" : " " + values), ""};
     }
     return {};
 }

@@ -58,6 +58,7 @@ bool ControlPort::Serve(loopback::Socket client, std::string& pending) {
         return false;
     }
     pending += *bytes;
+    std::string answers;
     std::size_t end = 0;
     while ((end = pending.find('\n')) != std::string::npos) {
         std::string line = pending.substr(0, end);
@@ -65,15 +66,14 @@ bool ControlPort::Serve(loopback::Socket client, std::string& pending) {
         if (line.ends_with('\r')) {
             line.pop_back();
         }
-        if (!loopback::Send(client, handler_(line) + "\n")) {
-            return false;
-        }
+        answers += handler_(line) + "\n";
     }
-    if (pending.size() <= LongestLine) {
-        return true;
+    const bool good = pending.size() <= LongestLine;
+    if (!good) {
+        answers += "error: line too long\n";
     }
-    loopback::Send(client, "error: line too long\n");
-    return false;
+    // In one piece: the system holds a second small one back for a while.
+    return (answers.empty() || loopback::Send(client, answers)) && good;
 }
 
 }  // namespace simulator
