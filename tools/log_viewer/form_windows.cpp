@@ -23,15 +23,14 @@ bool OwnsConsole() {
 }  // namespace
 
 const char* const FormHelp =
-    "The log is shown in a window:\n"
-    "  Pause            (Ctrl+P)  holds the view still; nothing is lost, it catches up afterwards\n"
-    "  Clear            (Ctrl+L)  forgets the lines kept; --save's FILE keeps its own\n"
-    "  Save as...       (Ctrl+S)  writes the lines kept to a file\n"
-    "  Time stamps                shows or hides the time of arrival, also in Save as\n"
-    "  Find             (Ctrl+F)  without regard to case; F3 or Enter: next, Shift+F3: previous\n"
-    "The view follows the newest line while its end is in sight and nothing is selected; Esc goes\n"
-    "back to that. With --no-window or --once the log is printed on standard output instead, and\n"
-    "Ctrl-C ends the program.";
+    R"(The log is shown in a window:
+  Pause        Ctrl+P  holds the view still; nothing is lost, it catches up afterwards
+  Clear        Ctrl+L  forgets the lines kept; --save's FILE keeps its own
+  Save as...   Ctrl+S  writes the lines kept to a file
+  Time stamps          shows or hides the time of arrival, also for Save as
+  Find         Ctrl+F  without regard to case; F3 or Enter: next, Shift+F3: previous
+The view follows the newest line while its end is in sight and nothing is selected; Esc goes back to
+that. With --no-window or --once the log is printed on standard output, and Ctrl-C ends the program.)";
 
 void AddFormOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-window", options.noWindow,

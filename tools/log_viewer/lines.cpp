@@ -63,7 +63,7 @@ void AppendUnit(std::string& out, char16_t unit) {
         out += {'\\', letter};
     } else if ((unit < 0x20 && unit != u'\n') || (unit >= 0x7F && unit < 0xA0)) {
         AppendNumber(out, "\\x%02X", unit);
-    } else if (IsHighHalf(unit) || IsLowHalf(unit) || unit >= 0xFFFE) {
+    } else if (IsHighHalf(unit) || IsLowHalf(unit)) {
         AppendNumber(out, "\\u%04X", unit);
     } else {
         AppendUtf8(out, unit);

@@ -7,9 +7,9 @@
 namespace log_viewer {
 
 /// The text as UTF-8 that neither steers a terminal nor loses anything: a backslash becomes `\\`,
-/// control characters `\r`, `\t`, `\0` and else `\xNN`, and halves of surrogate pairs and the two
-/// characters that are none (U+FFFE, U+FFFF) `\uNNNN`, digits in capitals. Line-feeds stay. The way
-/// back is unique, also for a text that was escaped in pieces.
+/// control characters `\r`, `\t`, `\0` and else `\xNN`, and single halves of surrogate pairs
+/// `\uNNNN`, digits in capitals. Line-feeds stay. The way back is unique, also for a text that was
+/// escaped in pieces.
 std::string Escape(std::u16string_view text);
 
 /// A stretch of one line: escaped text, and whether a line-feed came behind it.

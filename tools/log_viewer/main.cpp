@@ -16,34 +16,29 @@ constexpr int StatusBadCommandLine = 2;
 constexpr int StatusSecondViewer = 3;
 
 const char* const Description =
-    "Shows what the ZbOvisk stage module writes to its shared-memory log.\n\n"
-    "The module keeps at most 4999 characters until a viewer takes them, and drops what finds no\n"
-    "room. This viewer takes them as soon as a line is announced, and ten times a second besides.\n"
-    "One viewer runs at a time. With SerialLog 1 in the module's settings the log holds every\n"
-    "exchange with the stage controller.\n";
+    R"(Shows what the ZbOvisk stage module writes to its shared-memory log.
+
+The module keeps at most 4999 characters until a viewer takes them, and drops what finds no room.
+This viewer takes them as soon as a line is announced, and ten times a second besides. One viewer
+runs at a time. With SerialLog 1 in the module's settings the log holds every exchange with the
+stage controller.
+)";
 
 const char* const TextHelp =
-    "Text, on the screen and in files, is UTF-8 with line-feeds. A backslash is written \\\\, "
-    "other\n"
-    "control characters \\r, \\t, \\0 or \\xNN, and what is no character \\uNNNN, so that the "
-    "log's own\n"
-    "characters can be had back. Time stamps have the form [HH:MM:SS.mmm], local time, and a "
-    "blank\n"
-    "behind them.";
+    R"(Text, on the screen and in files, is UTF-8 with line-feeds. A backslash is written \\, other
+control characters \r, \t, \0 or \xNN, and half a character \uNNNN, so that the log's own characters
+can be had back. Time stamps have the form [HH:MM:SS.mmm], local time, and a blank behind them.)";
 
-const char* const Statuses =
-    "Exit status:\n"
-    "  0  ended by its user, by --seconds, or after --once\n"
-    "  1  the log or a file could not be opened, or not everything could be taken, printed or "
-    "saved\n"
-    "  2  wrong command line\n"
-    "  3  another viewer runs";
+const char* const Statuses = R"(Exit status:
+  0  ended by its user, by --seconds, or after --once
+  1  the log or a file could not be opened, or not everything could be taken, shown or saved
+  2  wrong command line
+  3  another viewer runs)";
 
-const char* const Examples =
-    "Examples:\n"
-    "  ovisk-log                              look at the log\n"
-    "  ovisk-log --save stage.log --stamps    and keep all of it, with the time of each line\n"
-    "  ovisk-log --once                       what waits in the log now";
+const char* const Examples = R"(Examples:
+  ovisk-log                              look at the log
+  ovisk-log --save stage.log --stamps    and keep all of it, with the time of each line
+  ovisk-log --once                       what waits in the log now)";
 
 std::string Footer() {
     return std::string(FormHelp) + "\n\n" + TextHelp + "\n\n" + Statuses + "\n\n" + Examples;
