@@ -30,24 +30,34 @@ int StatusOf(const Replay& replay) {
 void ReplayOptions::AddTo(CLI::App& app) {
     CLI::Option* replay =
         app.add_option("--replay", file_,
-                       "Answer as the controller did whose exchanges this saved log holds, and say "
-                       "where the module departs from it; no stage is simulated")
+                       "Simulate no stage, but answer as the controller whose\n"
+                       "exchanges this saved log holds, and say where the module\n"
+                       "departs from it")
             ->type_name("FILE");
-    app.add_flag("!--no-timing", settings_.timing,
+    app.add_flag("--no-timing", noTiming_,
                  "Replayed replies come at once, even if the log has times")
         ->needs(replay);
     app.add_flag("--loop", settings_.loop, "The record begins anew whenever the host starts anew")
         ->needs(replay);
     app.add_option("--window", settings_.window,
-                   "Among so many recorded commands ahead one is looked for that is not the next")
+                   "Among so many recorded commands ahead one is looked for that\n"
+                   "is not the next")
         ->needs(replay)
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(1, 1'000'000).description(""))
+        ->type_name("N")
         ->capture_default_str();
     app.add_option("--patience", settings_.patience,
-                   "After so many polls more than recorded, the next recorded command counts as "
-                   "missing; 0: it is waited for")
+                   "After so many polls more than recorded, the next recorded\n"
+                   "command counts as missing; 0: it is waited for")
         ->needs(replay)
+        ->type_name("N")
         ->capture_default_str();
+}
+
+ReplaySettings ReplayOptions::Settings() const {
+    ReplaySettings settings = settings_;
+    settings.timing = !noTiming_;
+    return settings;
 }
 
 std::optional<Trace> ReplayOptions::Read() const {

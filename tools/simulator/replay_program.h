@@ -29,10 +29,11 @@ class ReplayOptions {
     /// Reads the file and says what is in it. Nothing, and a message on standard error, if that is
     /// no exchange.
     std::optional<Trace> Read() const;
-    const ReplaySettings& Settings() const { return settings_; }
+    ReplaySettings Settings() const;
 
   private:
     std::string file_;
+    bool noTiming_ = false;
     ReplaySettings settings_;
 };
 
