@@ -44,7 +44,7 @@ std::size_t StartMove(Chance& chance) {
     }
     request += "\r\n";
     const bool wantsNotice = !chance.OneIn(10);
-    const std::string thread = ThisThread();
+    const std::string& thread = ThisThread();
     const std::size_t number = world->moves.Asked(thread, request, wantsNotice);
     world->trace.Note(thread, "move " + std::to_string(number));
     const bool accepted = world->module->ZbOvisk_CncGotoAbsoluteNotifyWorld(

@@ -23,6 +23,16 @@ Mirror::State Mirror::Taken(State state) {
     return state;
 }
 
+std::string Mirror::Key(const State& state) {
+    std::string key = Shown(state.data) + (state.merged ? " merged" : "");
+    if (state.taken) {
+        key += state.taken->anySwitch ? " switch" : " none";
+        key += state.taken->emergency ? " emergency" : "";
+        key += state.taken->lampChanged ? " lamp" : "";
+    }
+    return key;
+}
+
 void Mirror::AddMerged(const std::optional<Record>& record) {
     const std::vector<State> before = states_;
     for (const State& state : before) {
@@ -40,10 +50,8 @@ void Mirror::Round() {
             states_.push_back(Taken(state));
         }
     }
-    std::set<std::tuple<std::string, bool, std::optional<LatchResult>>> seen;
-    std::erase_if(states_, [&](const State& one) {
-        return !seen.emplace(Shown(one.data), one.merged, one.taken).second;
-    });
+    std::set<std::string> seen;
+    std::erase_if(states_, [&](const State& one) { return !seen.insert(Key(one)).second; });
     if (accepted_) {
         for (const State& state : states_) {
             accepted_->insert(Shown(state.data, scale_));

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <compare>
-#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,7 +13,7 @@ struct LatchResult {
     bool anySwitch = false;
     bool emergency = false;
     bool lampChanged = false;
-    auto operator<=>(const LatchResult&) const = default;
+    bool operator==(const LatchResult&) const = default;
 };
 
 /// What the host's record may hold, worked out from the bytes that the worker has read. Since
@@ -44,6 +42,7 @@ class Mirror {
 
     static State Merged(State state, const Record& record);
     static State Taken(State state);
+    static std::string Key(const State& state);
     void AddMerged(const std::optional<Record>& record);
     /// Ends every change: adds those that the open call may have met, and drops doubles.
     void Round();
