@@ -31,7 +31,7 @@ class Client {
             }
             pending_ += *bytes;
         }
-        const std::string line = pending_.substr(0, end);
+        std::string line = pending_.substr(0, end);
         pending_.erase(0, end + 1);
         return line;
     }

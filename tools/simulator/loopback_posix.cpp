@@ -20,11 +20,11 @@ int Descriptor(Socket socket) {
 }
 
 [[noreturn]] void Fail(const std::string& what, int descriptor) {
-    const std::system_error error(errno, std::generic_category(), what);
+    const int error = errno;
     if (descriptor >= 0) {
         close(descriptor);
     }
-    throw error;
+    throw std::system_error(error, std::generic_category(), what);
 }
 
 sockaddr_in Address(std::uint16_t port) {
@@ -81,6 +81,7 @@ Socket Connect(std::uint16_t port) {
 
 std::vector<Socket> Wait(const std::vector<Socket>& sockets, std::chrono::milliseconds limit) {
     std::vector<pollfd> sources;
+    sources.reserve(sockets.size());
     for (const Socket socket : sockets) {
         sources.push_back({Descriptor(socket), POLLIN, 0});
     }

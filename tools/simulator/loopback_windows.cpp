@@ -15,9 +15,9 @@ SOCKET Handle(Socket socket) {
 }
 
 [[noreturn]] void Fail(const std::string& what, SOCKET socket) {
-    const std::system_error error(WSAGetLastError(), std::system_category(), what);
+    const int error = WSAGetLastError();
     closesocket(socket);
-    throw error;
+    throw std::system_error(error, std::system_category(), what);
 }
 
 sockaddr_in Address(std::uint16_t port) {
@@ -94,6 +94,7 @@ Socket Connect(std::uint16_t port) {
 
 std::vector<Socket> Wait(const std::vector<Socket>& sockets, std::chrono::milliseconds limit) {
     std::vector<WSAPOLLFD> sources;
+    sources.reserve(sockets.size());
     for (const Socket socket : sockets) {
         sources.push_back({Handle(socket), POLLRDNORM, 0});
     }
