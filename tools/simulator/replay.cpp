@@ -55,7 +55,7 @@ void Replay::Rewind() {
     states_.assign(trace_.exchanges.size(), State::Waiting);
     direct_ = posted_ = {};
     polls_ = PollLanes();
-    reached_ = 0;
+    reached_ = lastTold_ = 0;
     hasBegun_ = endIsTold_ = false;
     for (std::size_t i = 0; i < trace_.exchanges.size(); ++i) {
         const Exchange& exchange = trace_.exchanges[i];
@@ -120,6 +120,7 @@ ScriptedReply Replay::AnswerPoll(PollLane& lane) {
     if (choice.isRecorded) {
         ++counts_.followed;
         states_[*choice.entry] = State::Answered;
+        lastTold_ = std::max(lastTold_, *choice.entry);
         return Tell(*choice.entry);
     }
     if (settings_.patience > 0 && lane.Gaps() > settings_.patience && GiveUpLimit(lane)) {
@@ -216,6 +217,7 @@ void Replay::Pass(CommandLane& lane, State state) {
     const std::size_t index = lane.entries[lane.next++];
     states_[index] = state;
     reached_ = std::max(reached_, index + 1);
+    lastTold_ = std::max(lastTold_, index);
     for (PollLane& polls : polls_) {
         while (polls.Limit() && states_[*polls.Limit()] != State::Waiting) {
             CheckSpan(polls);
@@ -251,6 +253,15 @@ bool Replay::AtEnd() const {
     return !anyIsLeft;
 }
 
+bool Replay::Followed() const {
+    // No two hosts stop at the same poll.
+    const bool nearlyAll =
+        direct_.Done() && posted_.Done() && trace_.exchanges.size() - lastTold_ <= settings_.window;
+    return AtEnd() || (nearlyAll && std::ranges::none_of(polls_, [this](const PollLane& lane) {
+                           return lane.IsCondition() && lane.Beginning() && lane.Unasked(trace_);
+                       }));
+}
+
 void Replay::Finish() {
     if (AtEnd()) {
         std::ranges::for_each(polls_, [this](const PollLane& lane) { CheckSpan(lane); });
@@ -281,7 +292,7 @@ std::vector<std::string> Replay::TakeMessages() {
 
 std::string Replay::Summary() const {
     std::ostringstream text;
-    text << (AtEnd() ? "followed to the end" : "stopped before the end, " + NextEntry()) << "\n"
+    text << (Followed() ? "followed to the end" : "stopped before the end, " + NextEntry()) << "\n"
          << Plural(counts_.followed, "exchange") << " as recorded (the record has "
          << trace_.exchanges.size() << "), " << Plural(counts_.repeated, "poll")
          << " more than recorded, " << Plural(counts_.folded, "command") << " folded\n"

@@ -48,6 +48,9 @@ class Replay {
     ScriptedReply Answer(const std::string& request);
     /// Whether all commands were seen or missed and the polls behind them have been told.
     bool AtEnd() const;
+    /// The same, or all but the last few polls: the host may stop a moment earlier than the
+    /// recorded one did.
+    bool Followed() const;
     /// The host is done. At the end of the record, what the module had to ask for and did not
     /// counts as missing.
     void Finish();
@@ -89,7 +92,8 @@ class Replay {
     CommandLane direct_;  ///< sent by the host's threads
     CommandLane posted_;  ///< sent by the module's worker
     std::vector<PollLane> polls_;
-    std::size_t reached_ = 0;  ///< the place behind the last command seen
+    std::size_t reached_ = 0;   ///< the place behind the last command seen
+    std::size_t lastTold_ = 0;  ///< the last exchange that was followed or passed over
     bool hasBegun_ = false;
     bool endIsTold_ = false;
     ReplayCounts counts_;

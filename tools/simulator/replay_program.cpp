@@ -22,7 +22,7 @@ int StatusOf(const Replay& replay) {
     if (replay.Counts().Departures() > 0) {
         return ReplayOptions::StatusDeparted;
     }
-    return replay.AtEnd() ? ReplayOptions::StatusFollowed : ReplayOptions::StatusStoppedEarly;
+    return replay.Followed() ? ReplayOptions::StatusFollowed : ReplayOptions::StatusStoppedEarly;
 }
 
 }  // namespace
