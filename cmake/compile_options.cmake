@@ -41,3 +41,13 @@ if(OVISK_SANITIZE)
         -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(ovisk_options INTERFACE -fsanitize=${OVISK_SANITIZE})
 endif()
+
+option(OVISK_COVERAGE "Count what the tests run of the module (clang)" OFF)
+if(OVISK_COVERAGE)
+    target_link_options(ovisk_options INTERFACE -fprofile-instr-generate)
+endif()
+
+option(OVISK_FUZZ "Build the fuzz targets (clang)" OFF)
+if(OVISK_FUZZ)
+    target_compile_options(ovisk_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

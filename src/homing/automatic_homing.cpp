@@ -6,6 +6,7 @@
 #include "homing/homing_dialog.h"
 #include "link/command_queue.h"
 #include "log/log_line.h"
+#include "platform/guarded_procedure.h"
 #include "resources/resource_ids.h"
 
 namespace {

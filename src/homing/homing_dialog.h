@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <exception>
 
 #include "platform/win32.h"
 
@@ -15,17 +14,6 @@ void PlaceHomingDialog(HWND dialog);
 HBITMAP LoadPicture(int resource);
 /// Shows it in the dialog's picture control.
 void ShowPicture(HWND dialog, HBITMAP picture);
-
-/// Runs the body of a dialog procedure. The system's frames lie between it and the module, so no
-/// exception may leave it: an action that fails for lack of memory has not happened.
-template <typename Body>
-INT_PTR GuardedProcedure(Body body) noexcept {
-    try {
-        return body();
-    } catch (const std::exception&) {
-        return TRUE;
-    }
-}
 
 /// Runs the modal dialog of this resource number and returns when it has ended. `open` says whether
 /// that dialog is open already: there is only one at a time, and a second call then does nothing.

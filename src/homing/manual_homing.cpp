@@ -5,6 +5,7 @@
 #include "homing/homing_condition.h"
 #include "homing/homing_dialog.h"
 #include "link/command_queue.h"
+#include "platform/guarded_procedure.h"
 #include "resources/resource_ids.h"
 
 namespace {

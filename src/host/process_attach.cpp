@@ -1,8 +1,9 @@
 #include "host/process_attach.h"
 
+#include "link/com_lock.h"
 #include "link/command_queue.h"
-#include "link/serial_port.h"
 #include "log/zbr_log.h"
+#include "panel/buffer_boxes.h"
 #include "settings/module_instance.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
@@ -11,11 +12,11 @@
 StaticStage::StaticStage() {
     MakeStageData();
     MakeCommandQueue();
-    InitializeCriticalSection(&ComLock);
+    MakeComLock();
 }
 
 StaticStage::~StaticStage() {
-    DeleteCriticalSection(&ComLock);
+    FreeComLock();
     FreeCommandQueue();
     ReleaseStageData();
     LogChannel.Close();
@@ -27,5 +28,6 @@ void AttachProcess(HINSTANCE module) {
     InitializeCriticalSection(&CommandQueueLock);
     InitializeCriticalSection(&StageDataLock);
     MakeMoveLocks();
+    MakePanelLock();
     ReadSettingsAtLoad();
 }

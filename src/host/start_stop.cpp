@@ -7,6 +7,7 @@
 #include "link/command_queue.h"
 #include "link/exchange.h"
 #include "log/log_line.h"
+#include "panel/panel.h"
 #include "worker/worker_thread.h"
 
 std::atomic<std::uint8_t> AutoHomingMode{0};
@@ -56,6 +57,7 @@ void StartModule(std::uintptr_t data) {
     AutoHomingMode.store(data == 1 ? 1 : 0);
     EnableRemoteMode();
     StartWorkerOnce();
+    ShowPanelIfWanted();
 }
 
 void StopModule(std::uintptr_t data) {

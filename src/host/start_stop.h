@@ -6,8 +6,8 @@
 /// 1 when the last start asked for automatic homing.
 extern std::atomic<std::uint8_t> AutoHomingMode;
 
-/// `OviskCmd_Startup`: remote mode, then the worker, if none was ever started. Takes one exchange
-/// on the caller's thread.
+/// `OviskCmd_Startup`: remote mode, then the worker, if none was ever started, then the panel, if
+/// the settings ask for it; it belongs to the caller's thread. Takes one exchange on that thread.
 void StartModule(std::uintptr_t data);
 
 /// `OviskCmd_Shutdown`: asks the worker to end, waits for it for at most 200 sleeps of 10 ms, and

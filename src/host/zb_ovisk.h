@@ -5,6 +5,7 @@
 #include "stage/cnc_notify.h"
 #include "stage/ovisk_data.h"
 
+/// @file
 /// The module's exports: all that a host needs.
 ///
 /// Order of calls. The module is loaded once. `OviskCmd_Startup` opens the port, puts the
@@ -41,7 +42,9 @@
 /// Commands of OVISK_ZbrCmd.
 enum OviskCommand : std::uint32_t {
     /// data: 1 selects automatic homing, any other value manual homing. Takes one exchange on the
-    /// caller's thread, which has to be a window thread when the settings ask for the panel.
+    /// caller's thread. When the settings ask for the diagnostic panel, that thread has to run a
+    /// message loop from then on, with IsDialogMessage if the panel is to have its keyboard; and
+    /// the library stays loaded until the process ends, since the panel does.
     OviskCmd_Startup = 1,
     /// data: only logged. Waits for the worker for about two seconds at most, then closes the port.
     OviskCmd_Shutdown = 2,

@@ -4,6 +4,11 @@
 
 namespace {
 
+/// Held by the thread that is next at ComLock. Whoever leaves ComLock and comes straight back finds
+/// it taken and has to queue up, so that a busy worker shuts nobody out for more than the exchange
+/// under way. Guards nothing; taken before ComLock and given back once that is held.
+CRITICAL_SECTION nextTurn;
+
 std::atomic<bool> closeRequested{false};
 
 void CloseIfRequested() ZB_REQUIRES(ComLock) {
@@ -28,8 +33,20 @@ void ServeRequests() ZB_EXCLUDES(ComLock) {
 
 }  // namespace
 
+void MakeComLock() {
+    InitializeCriticalSection(&nextTurn);
+    InitializeCriticalSection(&ComLock);
+}
+
+void FreeComLock() {
+    DeleteCriticalSection(&ComLock);
+    DeleteCriticalSection(&nextTurn);
+}
+
 ComLockHold::ComLockHold() {
+    EnterCriticalSection(&nextTurn);
     EnterCriticalSection(&ComLock);
+    LeaveCriticalSection(&nextTurn);
 }
 
 ComLockHold::~ComLockHold() {

@@ -2,7 +2,9 @@
 
 #include "link/serial_port.h"
 
-/// Holds ComLock. On leaving it closes the port if that was asked for meanwhile.
+/// Holds ComLock, taken in turn: a thread waits for the exchange under way and those of the threads
+/// that came before it, however fast others come back. On leaving it closes the port if that was
+/// asked for meanwhile.
 class ZB_SCOPED_CAPABILITY ComLockHold {
   public:
     ComLockHold() ZB_ACQUIRE(ComLock);
@@ -15,3 +17,7 @@ class ZB_SCOPED_CAPABILITY ComLockHold {
 /// Never waits, and never pulls the port from under an exchange. Any thread that does not hold
 /// ComLock.
 void ClosePortWhenFree() ZB_EXCLUDES(ComLock);
+
+/// Life of ComLock: made before anything else runs, freed as one of the module's last acts.
+void MakeComLock();
+void FreeComLock();

@@ -37,6 +37,15 @@ inline constexpr const char* AutoYRequest = "@CRZAY\r\n";
 inline constexpr const char* LampRequest = "@LBRT";
 inline constexpr const char* RequestEnd = "\r\n";
 
+/// The panel's own way to a lamp: the setting up to its value, and the query, which has no line
+/// end.
+struct LampRequests {
+    const char* setPrefix;
+    const char* query;
+};
+inline constexpr LampRequests PanelLamp1{"@LBRT1=", "@LBRT1?"};
+inline constexpr LampRequests PanelLamp2{"@LBRT2=", "@LBRT2?"};
+
 /// One exchange whose reply has to have the right form: longer than `prefix` and the line end,
 /// beginning with `prefix`, ending in CR LF, at most 255 characters. True: the reply is in
 /// `replyBuffer`, whole. False, with a log line: the buffer is as it was when no reply came, or

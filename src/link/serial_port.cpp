@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "link/line_listener.h"
 #include "log/log_line.h"
 #include "settings/settings.h"
 
@@ -88,6 +89,7 @@ bool ZbComWrite(const std::string& command, bool logEnabled) {
     if (ComHandle == nullptr) {
         return false;
     }
+    TellLineListener(LineText::Sent, command);
     if (logEnabled) {
         WriteLine("ZbComWrite: ", command, "\n");
     }
@@ -121,6 +123,7 @@ bool ZbComRead(std::string& reply, bool logEnabled) {
         const std::string_view collected(chunk, kept);
         reply += collected;
         if (collected.find('\n') != collected.npos) {
+            TellLineListener(LineText::Received, reply);
             if (logEnabled) {
                 WriteLine("ZbComRead: ", reply, "\n");
             }

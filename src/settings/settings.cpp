@@ -33,6 +33,7 @@ constexpr IntegerKey ByteSizeKey{WIDE("ByteSize"), 8};      // bits        load
 constexpr IntegerKey ParityKey{WIDE("Parity"), 0};          // code        load
 constexpr IntegerKey StopBitsKey{WIDE("StopBits"), 0};      // code        load
 constexpr IntegerKey CommandPollKey{WIDE("CmdPoll"), 80};   // ms         start of the worker
+constexpr IntegerKey DialogKey{WIDE("Dialog"), 0};          // 1: panel   each start
 
 PortSettings portSettings ZB_GUARDED_BY(PortSettingsLock){};
 
@@ -84,4 +85,8 @@ void ReadSettingsAtLoad() {
 
 std::uint32_t ReadCommandPoll() {
     return Read(CommandPollKey);
+}
+
+bool ReadPanelWanted() {
+    return Read(DialogKey) == 1;
 }

@@ -40,3 +40,6 @@ void ReloadSettings();
 
 /// `CmdPoll`: milliseconds that the worker waits for a posted command before it polls.
 std::uint32_t ReadCommandPoll();
+
+/// `Dialog`: whether a start shows the diagnostic panel.
+bool ReadPanelWanted();

@@ -4,6 +4,9 @@
 
 #include "replies/reply_records.h"
 
+/// @file
+/// The notice of a move's end.
+
 /// Tells the end of a move. Called on the worker, with no lock of the module held, at most once per
 /// move; until it returns nothing is polled and no posted command is sent. It may call the exports.
 /// An exception that leaves it ends the worker.

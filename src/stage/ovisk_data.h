@@ -10,9 +10,9 @@
 /// values of the last good reply, zeros before the first. A silent controller and a stage that
 /// stands still look alike in it.
 struct OviskData {
-    SswcReply sswc;
-    LabrReply labr;
-    CposmrReply cposmr;
+    SswcReply sswc;                           ///< switches and their latches
+    LabrReply labr;                           ///< lamps and their latch
+    CposmrReply cposmr;                       ///< position
     std::array<std::uint8_t, 24> reserved{};  ///< carried with the record, always 0
 };
 

@@ -154,7 +154,7 @@ TEST_F(ManualHomingTest, CancelOvertakesAStartThatStillWaits) {
     OpenHome();
     const DialogDriver dialog(ManualCaption);
     LeadTo(dialog, 1);
-    SetConditionDelay(1s);
+    SetConditionDelay(2400ms);
     (*controller)->TakeRequestLog();
     EXPECT_TRUE(Comes("@CCND?\r\n"));
     dialog.Press(IDCANCEL);

@@ -10,15 +10,27 @@ ModuleTest::ModuleTest() {
 
 ModuleTest::~ModuleTest() {
     if (started_) {
-        Stop();
-        // A worker that is inside long exchanges outlives the bounded wait; each further wait is
-        // bounded too. The second one that ends early has seen the worker finish.
-        EXPECT_TRUE(Eventually([this] {
-            const ULONGLONG start = GetTickCount64();
-            Module().OVISK_ZbrCmd(OviskCmd_Shutdown, 0);
-            return GetTickCount64() - start < 1500;
-        }));
+        StopWhole();
     }
+}
+
+void ModuleTest::StopWhole() {
+    Stop();
+    // Wakes a worker that waits for longer than a test lasts.
+    Module().ZbOvisk_SetLight(0, 0);
+    // A worker that is inside long exchanges outlives the bounded wait; each further wait is
+    // bounded too. The second one that ends early has seen the worker finish.
+    EXPECT_TRUE(Eventually([this] {
+        const ULONGLONG start = GetTickCount64();
+        Module().OVISK_ZbrCmd(OviskCmd_Shutdown, 0);
+        return GetTickCount64() - start < 1500;
+    }));
+}
+
+void ModuleTest::Unload() {
+    StopWhole();
+    started_ = false;
+    module_.reset();
 }
 
 void ModuleTest::Load(const std::string& settingsLines) {

@@ -21,6 +21,8 @@ class ModuleTest : public testing::Test {
     void Load(const std::string& settingsLines = "");
     void Start(std::uintptr_t data = 0);
     void Stop();
+    /// Stops the module and takes it out of the process as far as its host can.
+    void Unload();
 
     /// Puts a controller on the line. It stays until the module has stopped.
     SimulatedController& PlugIn() {
@@ -35,6 +37,8 @@ class ModuleTest : public testing::Test {
     LogTap log;
 
   private:
+    void StopWhole();
+
     std::unique_ptr<SimulatedController> controller_;
     std::unique_ptr<host_tool::ModuleLibrary> module_;
     bool started_ = false;

@@ -40,11 +40,15 @@ TEST(PtyTransport, ControllerOutlivesHostsAndPulledCables) {
     }
     const int before = openHost();
     EXPECT_EQ(Ask(before, "@SMOD=1\r\n"), ">SMOD=1\r\n");
-    line.Unplug();
-    EXPECT_LT(openHost(), 0);
+    controller.With([](Device& device) { device.PullCable(); });
     EXPECT_EQ(Ask(before, "@SMOD?\r\n"), "") << "the line has hung up";
-    line.Replug();
-    const int after = openHost();
+    EXPECT_LT(openHost(), 0);
+    controller.With([](Device& device) { device.PlugCable(); });
+    int after = -1;
+    for (int i = 0; i < 10'000 && after < 0; ++i) {
+        std::this_thread::sleep_for(1ms);
+        after = openHost();
+    }
     EXPECT_EQ(Ask(after, "@SMOD?\r\n"), ">SMOD=1\r\n");
     close(before);
     close(after);

@@ -24,6 +24,8 @@ class DialogDriver {
     HWND Window() const { return window_; }
     bool Exists() const;
     bool IsVisible() const;
+    /// Whether its user can operate it; the owner of a modal dialog is disabled.
+    bool AcceptsInput() const;
     std::string Caption() const;
 
     std::string Text(int control) const;
@@ -32,6 +34,14 @@ class DialogDriver {
     int Picture(int control) const;
     int PictureHeight(int control) const;
 
+    /// Types into a box as its user does; returns when the dialog has it.
+    void Type(int control, const std::string& text) const {
+        SetDlgItemTextA(window_, control, text.c_str());
+    }
+    /// Presses a button and returns when the dialog has done what it does.
+    void PressAndWait(int control) const {
+        SendMessageW(window_, WM_COMMAND, Unsigned(control), 0);
+    }
     void Press(int control) const { PostMessageW(window_, WM_COMMAND, Unsigned(control), 0); }
     void Close() const { PostMessageW(window_, WM_CLOSE, 0, 0); }
 

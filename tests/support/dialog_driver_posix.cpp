@@ -21,6 +21,11 @@ bool DialogDriver::IsVisible() const {
     return view && view->visible;
 }
 
+bool DialogDriver::AcceptsInput() const {
+    const auto view = headless::ViewOf(window_);
+    return view && view->enabled;
+}
+
 std::string DialogDriver::Caption() const {
     const auto view = headless::ViewOf(window_);
     return view ? view->caption : "";

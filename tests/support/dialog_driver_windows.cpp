@@ -48,6 +48,10 @@ bool DialogDriver::IsVisible() const {
     return IsWindowVisible(window_) != FALSE;
 }
 
+bool DialogDriver::AcceptsInput() const {
+    return IsWindowEnabled(window_) != FALSE;
+}
+
 std::string DialogDriver::Caption() const {
     return TextOf(window_);
 }

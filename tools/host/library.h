@@ -12,7 +12,4 @@ void UnloadLibraryFile(void* library);
 /// The address of an exported name; null when there is none.
 void* FindExport(void* library, const char* name);
 
-/// The module's file name on this platform.
-extern const char* const ModuleFileName;
-
 }  // namespace host_tool

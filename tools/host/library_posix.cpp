@@ -6,8 +6,6 @@
 
 namespace host_tool {
 
-const char* const ModuleFileName = "libZbOvisk.so";
-
 void* LoadLibraryFile(const std::filesystem::path& path) {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {

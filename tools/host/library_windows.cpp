@@ -6,8 +6,6 @@
 
 namespace host_tool {
 
-const char* const ModuleFileName = "ZbOvisk.dll";
-
 void* LoadLibraryFile(const std::filesystem::path& path) {
     const HMODULE library = LoadLibraryW(path.wstring().c_str());
     if (library == nullptr) {

@@ -6,9 +6,9 @@
 #include "host/actions.h"
 #include "host/homing.h"
 #include "host/interrupt.h"
-#include "host/library.h"
 #include "host/module_library.h"
 #include "host/monitor.h"
+#include "host/panel.h"
 
 namespace {
 
@@ -19,16 +19,13 @@ using Action = std::function<int(ModuleLibrary&)>;
 
 const char* const Statuses =
     "Exit status: 0 done; 1 no live data came, or a lamp's value did not come back; 3 the module "
-    "could not be loaded; 4 the module refused the call; 5 the move ended with an error; 6 no "
+    "could not be loaded; 4 the module refused the call, there is no panel, or a step of it has no "
+    "such control; 5 the move ended with an error; 6 no "
     "notice of the end of the move; above 100: unusable arguments.";
-
-std::filesystem::path BesideProgram(const char* program) {
-    return std::filesystem::absolute(program).parent_path() / host_tool::ModuleFileName;
-}
 
 /// Options of all subcommands, with their defaults.
 struct Options {
-    std::filesystem::path library;
+    std::filesystem::path library = host_tool::ModuleFileName;
     unsigned period = 200;
     unsigned seconds = 0;
     bool every = false;
@@ -38,6 +35,7 @@ struct Options {
     int value = 0;
     bool automatic = false;
     bool answer = false;
+    host_tool::PanelSession panel;
 };
 
 void AddMonitor(CLI::App& app, Options& options, Action& action) {
@@ -99,18 +97,32 @@ void AddHome(CLI::App& app, Options& options, Action& action) {
     });
 }
 
+void AddPanel(CLI::App& app, Options& options, Action& action) {
+    CLI::App* panel = app.add_subcommand(
+        "panel",
+        "Serves the module's diagnostic panel until it is closed; the settings have to say "
+        "Dialog=1. Natively it is operated by keyboard");
+    panel->add_option("--do", options.panel.steps,
+                      "Steps to take, then end: a button's caption, or ID=TEXT for a box");
+    panel->add_option("--seconds", options.seconds, "End after so many seconds");
+    panel->callback([&] {
+        options.panel.length = std::chrono::seconds(options.seconds);
+        action = [&](ModuleLibrary&) { return host_tool::ServePanel(options.panel); };
+    });
+}
+
 int Run(int argc, char** argv) {
     CLI::App app{"Example host of the ZbOvisk stage module"};
     app.require_subcommand(1);
     app.footer(Statuses);
     Options options;
-    options.library = BesideProgram(argv[0]);
     app.add_option("--library", options.library, "The module's file")->capture_default_str();
     Action action;
     AddMonitor(app, options, action);
     AddGoTo(app, options, action);
     AddLight(app, options, action);
     AddHome(app, options, action);
+    AddPanel(app, options, action);
     app.add_subcommand("latches", "Prints the latches and clears them")->callback([&] {
         action = host_tool::ShowLatches;
     });

@@ -7,6 +7,8 @@
 
 namespace host_tool {
 
+const char* const ModuleFileName = OVISK_MODULE_FILE;
+
 template <typename Function>
 void ModuleLibrary::Find(Function& function, const char* name) {
     function = reinterpret_cast<Function>(FindExport(library_, name));

@@ -6,6 +6,10 @@
 
 namespace host_tool {
 
+/// The module's file name on this platform. By this name the platform's loader finds the module
+/// that was built or installed with the program.
+extern const char* const ModuleFileName;
+
 /// The module, loaded from a file and used through its exports alone.
 class ModuleLibrary {
   public:

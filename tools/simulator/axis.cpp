@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace simulator {
 
@@ -101,6 +102,15 @@ bool Axis::StartAutomaticHome() {
     target_ = origin_;
     activity_ = Activity::HomeTravel;
     return true;
+}
+
+void Axis::Reset() {
+    origin_ -= std::exchange(position_, 0);
+    activity_ = Activity::Idle;
+    velocity_ = 0;
+    handRemaining_ = 0;
+    condition_ = {};
+    homeStatus_ = HomeStatus::Idle;
 }
 
 void Axis::Step() {

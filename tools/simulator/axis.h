@@ -84,6 +84,10 @@ class Axis {
     /// Starts the origin return that the motor does. False: refused.
     bool StartAutomaticHome();
 
+    /// As after switching off and on: it stands dead still, its counter begins at 0 where it
+    /// stands, and it knows of no move and no origin return. The origin stays in its place.
+    void Reset();
+
     /// Lets one `StepTime` pass.
     void Step();
 

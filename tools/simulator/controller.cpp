@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <system_error>
 
 namespace simulator {
 
@@ -40,11 +41,14 @@ void Controller::Run() {
     while (!stop_) {
         std::string bytes;
         std::optional<Time> due;
+        bool cableIn = true;
         {
             const std::lock_guard hold(mutex_);
             bytes = device_.TakeDue(Now());
             due = device_.NextDue();
+            cableIn = device_.CableIn();
         }
+        FollowCable(cableIn);
         if (!bytes.empty()) {
             transport_.Write(bytes);
         }
@@ -56,6 +60,18 @@ void Controller::Run() {
             const std::lock_guard hold(mutex_);
             device_.Receive(bytes, Now());
         }
+    }
+}
+
+void Controller::FollowCable(bool in) {
+    if (in == cableIn_) {
+        return;
+    }
+    try {
+        in ? transport_.Replug() : transport_.Unplug();
+        cableIn_ = in;
+    } catch (const std::system_error&) {
+        // The next round tries again.
     }
 }
 

@@ -59,12 +59,15 @@ class Controller {
   private:
     Time Now() const;
     void Run();
+    void FollowCable(bool in);
 
     Transport& transport_;
     std::chrono::steady_clock::time_point switchedOn_ = std::chrono::steady_clock::now();
     mutable std::mutex mutex_;
     mutable std::condition_variable received_;
     Device device_;
+    /// Whether the transport's cable is in; the controller's thread alone uses it.
+    bool cableIn_ = true;
     std::atomic<bool> stop_{false};
     std::thread thread_;
 };

@@ -1,6 +1,7 @@
 #include "simulator/device.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace simulator {
 
@@ -32,13 +33,49 @@ Time Device::ByteTimes(std::size_t count) const {
     return ByteTimesAt(settings_.bitsPerSecond, count);
 }
 
+void Device::AdvanceTo(Time now) {
+    now_ = std::max(now_, now);
+    model_.AdvanceTo(stageClock_.At(now_));
+    if (cableBackAt_ && *cableBackAt_ <= now_) {
+        PlugCable();
+    }
+}
+
+void Device::PullCable() {
+    cableIn_ = false;
+    cableBackAt_.reset();
+    ClearLine();
+}
+
+void Device::PlugCable() {
+    cableIn_ = true;
+    cableBackAt_.reset();
+}
+
+void Device::Reset() {
+    model_.Reset();
+    bootedAt_ = now_ + settings_.faultTimes.boot;
+    ClearLine();
+}
+
+void Device::ClearLine() {
+    outgoing_.clear();
+    reader_.Forget();
+    lineFree_ = now_;
+}
+
 void Device::Receive(std::string_view bytes, Time now) {
+    AdvanceTo(now);
+    if (Deaf()) {
+        return;
+    }
     for (const std::string& request : reader_.Receive(bytes, now)) {
         Handle(request, now);
     }
 }
 
 std::string Device::TakeDue(Time now) {
+    AdvanceTo(now);
     if (const auto request = reader_.TakeQuiet(now)) {
         Handle(*request, now);
     }
@@ -51,11 +88,15 @@ std::string Device::TakeDue(Time now) {
 }
 
 std::optional<Time> Device::NextDue() const {
-    const auto quiet = reader_.QuietAt();
-    if (outgoing_.empty()) {
-        return quiet;
+    std::optional<Time> next = cableBackAt_;
+    const auto add = [&](Time due) { next = next ? std::min(*next, due) : due; };
+    if (const auto quiet = reader_.QuietAt()) {
+        add(*quiet);
     }
-    return quiet ? std::min(*quiet, outgoing_.front().due) : outgoing_.front().due;
+    if (!outgoing_.empty()) {
+        add(outgoing_.front().due);
+    }
+    return next;
 }
 
 void Device::Handle(const std::string& request, Time now) {
@@ -63,12 +104,47 @@ void Device::Handle(const std::string& request, Time now) {
     if (requests_.size() > settings_.longestLog) {
         requests_.pop_front();
     }
-    auto scripted = script_ ? script_(request) : std::nullopt;
-    if (!scripted) {
-        model_.AdvanceTo(now);
-        scripted = protocol_.Answer(WithoutLineEnd(request));
+    if (const auto scripted = script_ ? script_(request) : std::nullopt) {
+        Send(*scripted, now + settings_.latency);
+        return;
     }
-    Send(*scripted, now + settings_.latency);
+    faults_.Draw();
+    if (model_.Commanded() && faults_.Happens(Fault::Reset)) {
+        Reset();
+    } else if (faults_.Happens(Fault::Cable)) {
+        PullCable();
+        cableBackAt_ = now + settings_.faultTimes.cableOut;
+    } else if (!faults_.Happens(Fault::Silence)) {
+        Reply(WithoutLineEnd(request), now);
+    }
+}
+
+void Device::Reply(std::string_view request, Time now) {
+    const std::string reply = Answer(request);
+    if (!faults_.Happens(Fault::Dropped)) {
+        Send(faults_.Spoil(reply), now + settings_.latency);
+    }
+}
+
+std::string Device::Answer(std::string_view request) {
+    if (faults_.Happens(Fault::Refusal)) {
+        return protocol_.Refusal(request, RefusedRequest);
+    }
+    if (Protocol::AsksPosition(request) && faults_.Happens(Fault::AxisError)) {
+        return AnswerWithAxisError(request);
+    }
+    return protocol_.Answer(request);
+}
+
+std::string Device::AnswerWithAxisError(std::string_view request) {
+    const std::uint64_t detail = faults_.Detail(Fault::AxisError);
+    const auto axis = static_cast<AxisName>(detail % AxisCount);
+    const std::string code = (detail & 256U) != 0 ? "E" : "F";
+    std::string& error = model_.At(axis).Settings().error;
+    const std::string before = std::exchange(error, code + std::to_string(1 + (detail >> 16U) % 9));
+    std::string reply = protocol_.Answer(request);
+    error = before;
+    return reply;
 }
 
 void Device::Send(const ScriptedReply& reply, Time start) {

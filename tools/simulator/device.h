@@ -1,18 +1,21 @@
 #pragma once
 
 #include <deque>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
+#include "simulator/faults.h"
 #include "simulator/protocol.h"
 #include "simulator/request_reader.h"
+#include "simulator/scripted_reply.h"
+#include "simulator/stage_clock.h"
 #include "simulator/stage_model.h"
 
 namespace simulator {
+
+/// How much faster than the line the stage can run.
+inline constexpr double HighestTimeFactor = 1000;
 
 struct DeviceSettings {
     /// Speed of the line, 10 bits a byte; 0: replies take no time on the line.
@@ -24,29 +27,8 @@ struct DeviceSettings {
     Time quietTime = std::chrono::milliseconds(5);
     /// So many requests are remembered; older ones are forgotten.
     std::size_t longestLog = 20'000;
+    FaultTimes faultTimes{};
 };
-
-/// What goes out in the place of a standard reply: any bytes, in pieces. The delay of the first
-/// piece counts from the moment at which the standard reply would start, that of the others from
-/// the end of the piece before.
-struct ScriptedReply {
-    struct Piece {
-        Time delay{0};
-        std::string bytes;
-    };
-
-    /// These bytes, without delay; the empty text stays silent.
-    ScriptedReply(std::string bytes) { pieces.push_back({Time::zero(), std::move(bytes)}); }
-    ScriptedReply(const char* bytes) : ScriptedReply(std::string(bytes)) {}
-    ScriptedReply(std::vector<Piece> timedPieces) : pieces(std::move(timedPieces)) {}
-
-    std::vector<Piece> pieces;
-};
-
-/// Asked first for every request, which it gets as it stood on the wire, with its line end if it
-/// had one. Nothing: the standard reply goes out. A reply of its own: the stage does not see the
-/// request at all. A lambda may return std::optional<std::string> as well.
-using Script = std::function<std::optional<ScriptedReply>(const std::string& request)>;
 
 /// The controller on its line, without a clock or a thread: bytes in, bytes out when they are due.
 /// Whoever owns it says what time it is; times must not run backwards. Not thread-safe.
@@ -60,9 +42,23 @@ class Device {
     /// For refusals on demand.
     Protocol& Wire() { return protocol_; }
     void SetScript(Script script) { script_ = std::move(script); }
+    /// What goes wrong with the replies of the stage; nothing at first.
+    Faults& FaultsOfLine() { return faults_; }
+    /// From the time of the last call on the stage runs so many times faster than the line; above
+    /// 0, up to HighestTimeFactor.
+    void SetTimeFactor(double factor) { stageClock_.SetFactor(factor, now_); }
+    double TimeFactor() const { return stageClock_.Factor(); }
+    /// Pulls the cable: what is under way in either direction is lost, and what the host sends
+    /// from now on too.
+    void PullCable();
+    void PlugCable();
+    bool CableIn() const { return cableIn_; }
+    /// Switches the controller off and on again: it forgets what StageModel::Reset says, and every
+    /// reply that is not out yet, and hears nothing until it has booted.
+    void Reset();
 
     /// Lets the stage move on without any bytes.
-    void AdvanceTo(Time now) { model_.AdvanceTo(now); }
+    void AdvanceTo(Time now);
     /// Takes bytes that the host sent.
     void Receive(std::string_view bytes, Time now);
     /// The bytes that have passed the line by `now`; empty if there are none.
@@ -81,6 +77,11 @@ class Device {
     };
 
     void Handle(const std::string& request, Time now);
+    void Reply(std::string_view request, Time now);
+    std::string Answer(std::string_view request);
+    std::string AnswerWithAxisError(std::string_view request);
+    void ClearLine();
+    bool Deaf() const { return !cableIn_ || now_ < bootedAt_; }
     void Send(const ScriptedReply& reply, Time start);
     Time ByteTimes(std::size_t count) const;
 
@@ -92,6 +93,13 @@ class Device {
     std::deque<Outgoing> outgoing_;
     std::deque<std::string> requests_;
     Time lineFree_{0};
+    Time now_{0};
+    StageClock stageClock_;
+    Faults faults_{settings_.faultTimes};
+    bool cableIn_ = true;
+    /// When the cable that a fault pulled comes back; nothing if somebody has to plug it in.
+    std::optional<Time> cableBackAt_;
+    Time bootedAt_{0};
 };
 
 }  // namespace simulator

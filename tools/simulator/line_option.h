@@ -19,6 +19,8 @@ class LineOption {
     void AddTo(CLI::App& app);
     /// Opens the line; throws std::system_error.
     std::unique_ptr<Transport> Open(unsigned bitsPerSecond) const;
+    /// The option with a value, for people.
+    static std::string Example();
     /// The line's name for people.
     std::string Name() const;
 

@@ -16,6 +16,10 @@ std::unique_ptr<Transport> LineOption::Open(unsigned bitsPerSecond) const {
     return std::make_unique<ComTransport>(std::stoi(place_), bitsPerSecond);
 }
 
+std::string LineOption::Example() {
+    return "--port 4";
+}
+
 std::string LineOption::Name() const {
     return "COM" + place_;
 }

@@ -53,6 +53,11 @@ std::optional<Request> Parse(std::string_view text) {
     return length > 0 && good ? std::optional(request) : std::nullopt;
 }
 
+/// The mnemonic is empty in the reply to what has not the shape of a request.
+std::string Reply(const std::optional<Request>& request, const std::string& fields) {
+    return ">" + std::string(request ? request->mnemonic : "") + "=" + fields + "\r\n";
+}
+
 /// The decimal number that is the whole text, with an optional sign; nothing otherwise.
 std::optional<std::int32_t> ParseNumber(std::string_view text) {
     if (text.starts_with('+')) {
@@ -224,24 +229,40 @@ const Command* Find(const Request& request) {
 
 }  // namespace
 
-std::string Protocol::Answer(std::string_view request) {
+void Protocol::Refuse(const std::string& mnemonic, const std::string& error) {
+    if (error.empty()) {
+        refusals_.erase(mnemonic);
+    } else {
+        refusals_[mnemonic] = error;
+    }
+}
+
+bool Protocol::AsksPosition(std::string_view request) {
     const auto parsed = Parse(request);
-    const auto reply = [&](const std::string& fields) {
-        return ">" + std::string(parsed ? parsed->mnemonic : "") + "=" + fields + "\r\n";
-    };
     const Command* command = parsed ? Find(*parsed) : nullptr;
-    if (command == nullptr) {
-        return reply(ErrorFields(UnknownRequest));
-    }
-    const auto refusal = refusals_.find(parsed->mnemonic);
-    if (refusal == refusals_.end()) {
-        return reply(command->handler(model_, *parsed));
-    }
-    std::string fields = ErrorFields(refusal->second);
-    for (std::size_t count = 2; fillRefusals_ && count < command->fields; ++count) {
+    return command != nullptr && command->handler == ReadPositions;
+}
+
+std::string Protocol::Refusal(std::string_view request, const std::string& error) const {
+    const auto parsed = Parse(request);
+    const Command* command = parsed ? Find(*parsed) : nullptr;
+    const std::size_t usual = fillRefusals_ && command != nullptr ? command->fields : 0;
+    std::string fields = ErrorFields(error);
+    for (std::size_t count = 2; count < usual; ++count) {
         fields += ",0";
     }
-    return reply(fields);
+    return Reply(parsed, fields);
+}
+
+std::string Protocol::Answer(std::string_view request) {
+    const auto parsed = Parse(request);
+    const Command* command = parsed ? Find(*parsed) : nullptr;
+    if (command == nullptr) {
+        return Reply(parsed, ErrorFields(UnknownRequest));
+    }
+    const auto refusal = refusals_.find(parsed->mnemonic);
+    return refusal == refusals_.end() ? Reply(parsed, command->handler(model_, *parsed))
+                                      : Refusal(request, refusal->second);
 }
 
 }  // namespace simulator

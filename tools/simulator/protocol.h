@@ -26,11 +26,14 @@ class Protocol {
 
     /// `request` without its line end, whatever bytes it holds. The reply has its line end.
     std::string Answer(std::string_view request);
+    /// The reply that refuses the request with this error text. The stage does not see it.
+    std::string Refusal(std::string_view request, const std::string& error) const;
+    /// True for the query whose reply has the positions, and the errors of the axes.
+    static bool AsksPosition(std::string_view request);
 
-    /// From now on every request with this mnemonic is refused with this error text.
-    void Refuse(const std::string& mnemonic, const std::string& error) {
-        refusals_[mnemonic] = error;
-    }
+    /// From now on every request with this mnemonic is refused with this error text; empty: no
+    /// longer.
+    void Refuse(const std::string& mnemonic, const std::string& error);
     /// Whether a refused query is filled up with zeros to its usual number of fields.
     void FillRefusals(bool on) { fillRefusals_ = on; }
 

@@ -96,7 +96,7 @@ PtyTransport::PtyTransport(std::filesystem::path link) : link_(std::move(link)) 
 }
 
 PtyTransport::~PtyTransport() {
-    Unplug();
+    PtyTransport::Unplug();
     CloseIfOpen(wake_);
 }
 

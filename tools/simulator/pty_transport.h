@@ -26,9 +26,9 @@ class PtyTransport : public Transport {
 
     /// Pulls the cable: the link goes and the host's end of the line hangs up. From any thread;
     /// done when it returns.
-    void Unplug();
+    void Unplug() override;
     /// Plugs it in again: a new line under the same link. Throws as the constructor does.
-    void Replug();
+    void Replug() override;
 
   private:
     class Borrowed;

@@ -39,6 +39,11 @@ void RequestReader::TakePending(std::vector<std::string>& requests) {
     }
 }
 
+void RequestReader::Forget() {
+    pending_.clear();
+    tooLong_ = false;
+}
+
 std::optional<std::string> RequestReader::TakeQuiet(Time now) {
     const auto due = QuietAt();
     return due && *due <= now ? std::optional(std::exchange(pending_, {})) : std::nullopt;

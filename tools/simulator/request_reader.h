@@ -22,6 +22,8 @@ class RequestReader {
 
     /// The requests that `bytes` completes, each as it stood on the wire, with its line end.
     std::vector<std::string> Receive(std::string_view bytes, Time now);
+    /// Forgets what has come without making a request yet.
+    void Forget();
     /// The query without a line end that has become one by `now`, if there is one.
     std::optional<std::string> TakeQuiet(Time now);
     /// When `TakeQuiet` will have something, if nothing comes before.

@@ -37,6 +37,13 @@ void StageModel::Cancel() {
     std::ranges::for_each(axes_, &Axis::Cancel);
 }
 
+void StageModel::Reset() {
+    std::ranges::for_each(axes_, &Axis::Reset);
+    lamps_ = {};
+    cancelled_ = false;
+    remote_ = false;
+}
+
 bool StageModel::Commanded() const {
     return std::ranges::any_of(axes_, &Axis::Commanded);
 }

@@ -47,6 +47,10 @@ class StageModel {
     /// True while any origin return is under way, the operator's included.
     bool Homing() const;
 
+    /// As after switching the controller off and on: all axes, lamps and the remote mode. Switches
+    /// and settings stay.
+    void Reset();
+
     /// Starts the automatic origin return. False: refused.
     bool StartAutomaticHome(AxisName axis) { return At(axis).StartAutomaticHome(); }
     /// Starts the origin return by hand. False: refused.

@@ -20,6 +20,11 @@ class Transport {
     virtual bool Write(std::string_view bytes) = 0;
     /// Ends a running `Read` early, from any thread, where the line can do that.
     virtual void Wake() {}
+
+    /// Pulls the cable and plugs it in again, as far as the host can see that by this kind of line;
+    /// otherwise nothing. May throw std::system_error, and may be repeated.
+    virtual void Unplug() {}
+    virtual void Replug() {}
 };
 
 }  // namespace simulator

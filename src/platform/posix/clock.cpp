@@ -44,9 +44,22 @@ long Futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value,
                    FUTEX_BITSET_MATCH_ANY);
 }
 
+int LockInOtherTime(pthread_mutex_t& mutex, Deadline deadline) {
+    int result = pthread_mutex_trylock(&mutex);
+    while (result == EBUSY && timeKeeper->AwaitUnlock(deadline)) {
+        result = pthread_mutex_trylock(&mutex);
+    }
+    return result == EBUSY ? ETIMEDOUT : result;
+}
+
 }  // namespace
 
+constinit TimeKeeper* timeKeeper = nullptr;
+
 Deadline Now() {
+    if (timeKeeper != nullptr) {
+        return timeKeeper->Now();
+    }
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return now.tv_sec * PerSecond + now.tv_nsec;
@@ -57,6 +70,9 @@ Deadline After(std::uint32_t milliseconds) {
 }
 
 void SleepUntil(Deadline deadline) {
+    if (timeKeeper != nullptr) {
+        return timeKeeper->SleepUntil(deadline);
+    }
     MakeWaitsPrecise();
     const timespec time = ToTimespec(deadline);
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr) == EINTR) {
@@ -64,6 +80,9 @@ void SleepUntil(Deadline deadline) {
 }
 
 bool FutexWaitUntil(std::atomic<std::uint32_t>& word, std::uint32_t value, Deadline deadline) {
+    if (timeKeeper != nullptr) {
+        return timeKeeper->WaitUntil(word, value, deadline);
+    }
     MakeWaitsPrecise();
     const timespec time = ToTimespec(deadline);
     const long result = Futex(word, FUTEX_WAIT_BITSET, value, deadline == Never ? nullptr : &time);
@@ -71,6 +90,9 @@ bool FutexWaitUntil(std::atomic<std::uint32_t>& word, std::uint32_t value, Deadl
 }
 
 void FutexWakeAll(std::atomic<std::uint32_t>& word) {
+    if (timeKeeper != nullptr) {
+        return timeKeeper->WakeAll();
+    }
     Futex(word, FUTEX_WAKE_BITSET, INT_MAX, nullptr);
 }
 
@@ -95,6 +117,9 @@ short PollUntil(int file, short events, Deadline deadline) {
 }
 
 int LockUntil(pthread_mutex_t& mutex, Deadline deadline) {
+    if (timeKeeper != nullptr) {
+        return LockInOtherTime(mutex, deadline);
+    }
     MakeWaitsPrecise();
     if (deadline == Never) {
         return pthread_mutex_lock(&mutex);
@@ -116,7 +141,7 @@ int LockUntil(pthread_mutex_t& mutex, Deadline deadline) {
 }  // namespace posix
 
 void Sleep(DWORD milliseconds) {
-    if (milliseconds == 0) {
+    if (milliseconds == 0 && posix::timeKeeper == nullptr) {
         sched_yield();
     } else {
         posix::SleepUntil(posix::After(milliseconds));
@@ -124,6 +149,7 @@ void Sleep(DWORD milliseconds) {
 }
 
 ULONGLONG GetTickCount64() {
+    posix::Breathe();
     return static_cast<ULONGLONG>(posix::Now() / posix::PerMillisecond);
 }
 

@@ -3,15 +3,11 @@
 #include <poll.h>
 #include <pthread.h>
 
-#include <atomic>
-#include <cstdint>
+#include "platform/posix/time_keeper.h"
 
 /// The layer's time: everything that reads it or waits for it does so here. A deadline is a point
 /// of the monotonic clock in nanoseconds. Signals never end a wait early.
 namespace posix {
-
-using Deadline = std::int64_t;
-inline constexpr Deadline Never = INT64_MAX;
 
 /// Now, in nanoseconds.
 Deadline Now();
@@ -33,5 +29,30 @@ short PollUntil(int file, short events, Deadline deadline);
 
 /// pthread_mutex_lock with a deadline; its results, and ETIMEDOUT.
 int LockUntil(pthread_mutex_t& mutex, Deadline deadline);
+
+/// For the end of a call from outside: with another time, others may go on here. Under no lock.
+inline void Breathe() {
+    if (timeKeeper != nullptr) {
+        timeKeeper->Pause();
+    }
+}
+
+/// A critical section's way to its lock and out of it.
+inline void Lock(pthread_mutex_t& mutex) {
+    if (timeKeeper == nullptr) {
+        pthread_mutex_lock(&mutex);
+    } else {
+        timeKeeper->Pause();
+        LockUntil(mutex, Never);
+    }
+}
+inline int Unlock(pthread_mutex_t& mutex) {
+    const int result = pthread_mutex_unlock(&mutex);
+    if (timeKeeper != nullptr) {
+        timeKeeper->Unlocked();
+        timeKeeper->Pause();
+    }
+    return result;
+}
 
 }  // namespace posix

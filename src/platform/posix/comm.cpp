@@ -1,18 +1,10 @@
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <mutex>
-#include <string>
 #include <string_view>
 
-#include "platform/posix/comm_settings.h"
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/serial_line.h"
 #include "platform/posix/wide_text.h"
 
 namespace posix {
@@ -33,8 +25,8 @@ class SerialPort : public Object {
   public:
     static constexpr Kind OwnKind = Kind::SerialPort;
 
-    SerialPort(File file, const DCB& settings)
-        : Object(OwnKind), file_(std::move(file)), settings_(settings) {}
+    SerialPort(std::unique_ptr<SerialLine> line, const DCB& settings)
+        : Object(OwnKind), line_(std::move(line)), settings_(settings) {}
 
     DCB Settings() const {
         const std::lock_guard hold(lock_);
@@ -43,7 +35,7 @@ class SerialPort : public Object {
 
     DWORD Configure(const DCB& settings) {
         const std::lock_guard hold(lock_);
-        const DWORD error = ApplySettings(file_.Get(), settings);
+        const DWORD error = line_->Apply(settings);
         if (error == ERROR_SUCCESS) {
             settings_ = settings;
             settings_.DCBlength = sizeof settings_;
@@ -66,7 +58,7 @@ class SerialPort : public Object {
         return timeouts_;
     }
 
-    const File file_;
+    const std::unique_ptr<SerialLine> line_;
     mutable std::mutex lock_;
     DCB settings_;
     COMMTIMEOUTS timeouts_{};
@@ -109,18 +101,15 @@ class ReadTimer {
 DWORD SerialPort::Read(char* buffer, DWORD size, DWORD& count) {
     ReadTimer timer(Timeouts(), size);
     while (count < size) {
-        const ssize_t got = read(file_.Get(), buffer + count, size - count);
-        if (got > 0) {
-            count += static_cast<DWORD>(got);
-            timer.BytesCame();
-            continue;
-        }
-        const bool empty = got < 0 && errno == EAGAIN;
-        if (!empty && (got == 0 || errno != EINTR)) {
+        const ssize_t got = line_->Read(buffer + count, size - count);
+        if (got < 0) {
             // Whatever came first is delivered; the next call fails.
             return count != 0 ? ERROR_SUCCESS : ERROR_BAD_COMMAND;
         }
-        if (empty && PollUntil(file_.Get(), POLLIN, timer.Limit()) == 0) {
+        if (got > 0) {
+            count += static_cast<DWORD>(got);
+            timer.BytesCame();
+        } else if (!line_->AwaitBytes(timer.Limit())) {
             return ERROR_SUCCESS;
         }
     }
@@ -132,15 +121,14 @@ DWORD SerialPort::Write(const char* bytes, DWORD size, DWORD& count) {
     const Deadline deadline = TotalDeadline(timeouts.WriteTotalTimeoutMultiplier,
                                             timeouts.WriteTotalTimeoutConstant, size);
     while (count < size) {
-        const ssize_t put = write(file_.Get(), bytes + count, size - count);
-        if (put >= 0) {
-            count += static_cast<DWORD>(put);
-        } else if (errno == EAGAIN) {
-            if (PollUntil(file_.Get(), POLLOUT, deadline) == 0) {
-                return ERROR_SUCCESS;
-            }
-        } else if (errno != EINTR) {
+        const ssize_t put = line_->Write(bytes + count, size - count);
+        if (put < 0) {
             return ERROR_BAD_COMMAND;
+        }
+        if (put > 0) {
+            count += static_cast<DWORD>(put);
+        } else if (!line_->AwaitRoom(deadline)) {
+            return ERROR_SUCCESS;
         }
     }
     return ERROR_SUCCESS;
@@ -158,26 +146,14 @@ unsigned PortNumber(std::string_view name) {
     return number;
 }
 
-std::string DeviceOf(unsigned port) {
-    const std::string link = MachineRoot() + "/dosdevices/com" + std::to_string(port);
-    struct stat status {};
-    return lstat(link.c_str(), &status) == 0 ? link : "/dev/ttyS" + std::to_string(port - 1);
-}
-
 HANDLE OpenPort(unsigned number) {
-    File file(open(DeviceOf(number).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    if (!file) {
-        return Fail(errno == EIO ? ERROR_FILE_NOT_FOUND : ErrorOf(errno), INVALID_HANDLE_VALUE);
-    }
-    if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
-        return Fail(ERROR_ACCESS_DENIED, INVALID_HANDLE_VALUE);
-    }
     DCB settings{};
-    const DWORD error = TakeOverLine(file.Get(), settings);
+    std::unique_ptr<SerialLine> line;
+    const DWORD error = OpenLine(number, line, settings);
     if (error != ERROR_SUCCESS) {
         return Fail(error, INVALID_HANDLE_VALUE);
     }
-    const HANDLE handle = NewHandle(std::make_unique<SerialPort>(std::move(file), settings));
+    const HANDLE handle = NewHandle(std::make_unique<SerialPort>(std::move(line), settings));
     return handle != nullptr ? handle : INVALID_HANDLE_VALUE;
 }
 
@@ -196,6 +172,7 @@ BOOL Transfer(HANDLE file, Buffer buffer, LPDWORD done, LPOVERLAPPED overlapped,
         return FALSE;
     }
     const DWORD error = work(port);
+    Breathe();
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
 }
 

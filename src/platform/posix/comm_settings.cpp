@@ -19,8 +19,6 @@ constexpr std::array<tcflag_t, 5> ParityBits = {0, PARENB | PARODD, PARENB,
                                                 PARENB | PARODD | CMSPAR, PARENB | CMSPAR};
 constexpr tcflag_t AllParityBits = PARENB | PARODD | CMSPAR;
 constexpr tcflag_t FramingBits = CSIZE | AllParityBits | CSTOPB;
-constexpr char DefaultXon = 0x11;
-constexpr char DefaultXoff = 0x13;
 
 /// Pseudo-terminals have no framing to hold and keep 8 bits whatever they are asked for.
 bool IsPseudoTerminal(int file) {
@@ -31,31 +29,9 @@ bool IsPseudoTerminal(int file) {
            major(status.st_rdev) <= LastMajor;
 }
 
-bool AreAcceptable(const DCB& settings) {
-    if (settings.BaudRate == 0 || settings.ByteSize < LeastByteSize || settings.ByteSize > 8 ||
-        settings.Parity > SPACEPARITY || settings.StopBits > TWOSTOPBITS) {
-        return false;
-    }
-    const bool five = settings.ByteSize == LeastByteSize;
-    if ((settings.StopBits == ONE5STOPBITS && !five) ||
-        (settings.StopBits == TWOSTOPBITS && five)) {
-        return false;
-    }
-    const bool handshake = settings.fRtsControl == RTS_CONTROL_HANDSHAKE;
-    return settings.XonChar != settings.XoffChar && settings.fOutxDsrFlow == 0 &&
-           settings.fDsrSensitivity == 0 && settings.fErrorChar == 0 && settings.fNull == 0 &&
-           settings.fAbortOnError == 0 && settings.fDtrControl <= DTR_CONTROL_ENABLE &&
-           settings.fRtsControl <= RTS_CONTROL_HANDSHAKE &&
-           handshake == (settings.fOutxCtsFlow != 0);
-}
-
 DCB SettingsOf(const termios2& line) {
-    DCB settings{};
-    settings.DCBlength = sizeof settings;
+    DCB settings = PlainSettings();
     settings.BaudRate = line.c_ospeed;
-    settings.fBinary = 1;
-    settings.fDtrControl = DTR_CONTROL_ENABLE;
-    settings.fRtsControl = RTS_CONTROL_ENABLE;
     for (std::size_t i = 0; i < SizeBits.size(); ++i) {
         if ((line.c_cflag & CSIZE) == SizeBits[i]) {
             settings.ByteSize = static_cast<BYTE>(LeastByteSize + i);
@@ -69,8 +45,6 @@ DCB SettingsOf(const termios2& line) {
     if ((line.c_cflag & CSTOPB) != 0) {
         settings.StopBits = settings.ByteSize == LeastByteSize ? ONE5STOPBITS : TWOSTOPBITS;
     }
-    settings.XonChar = DefaultXon;
-    settings.XoffChar = DefaultXoff;
     return settings;
 }
 
@@ -110,6 +84,37 @@ void SetWires(int file, const DCB& settings) {
 }
 
 }  // namespace
+
+DCB PlainSettings() {
+    DCB settings{};
+    settings.DCBlength = sizeof settings;
+    settings.BaudRate = 9600;
+    settings.fBinary = 1;
+    settings.fDtrControl = DTR_CONTROL_ENABLE;
+    settings.fRtsControl = RTS_CONTROL_ENABLE;
+    settings.ByteSize = 8;
+    settings.XonChar = 0x11;
+    settings.XoffChar = 0x13;
+    return settings;
+}
+
+bool AreAcceptable(const DCB& settings) {
+    if (settings.BaudRate == 0 || settings.ByteSize < LeastByteSize || settings.ByteSize > 8 ||
+        settings.Parity > SPACEPARITY || settings.StopBits > TWOSTOPBITS) {
+        return false;
+    }
+    const bool five = settings.ByteSize == LeastByteSize;
+    if ((settings.StopBits == ONE5STOPBITS && !five) ||
+        (settings.StopBits == TWOSTOPBITS && five)) {
+        return false;
+    }
+    const bool handshake = settings.fRtsControl == RTS_CONTROL_HANDSHAKE;
+    return settings.XonChar != settings.XoffChar && settings.fOutxDsrFlow == 0 &&
+           settings.fDsrSensitivity == 0 && settings.fErrorChar == 0 && settings.fNull == 0 &&
+           settings.fAbortOnError == 0 && settings.fDtrControl <= DTR_CONTROL_ENABLE &&
+           settings.fRtsControl <= RTS_CONTROL_HANDSHAKE &&
+           handshake == (settings.fOutxCtsFlow != 0);
+}
 
 DWORD TakeOverLine(int file, DCB& settings) {
     termios2 line{};

@@ -5,6 +5,12 @@
 /// A serial line's settings in the system's own terms.
 namespace posix {
 
+/// What a line has whose settings nobody has changed.
+DCB PlainSettings();
+
+/// Whether some serial line could have these settings.
+bool AreAcceptable(const DCB& settings);
+
 /// Makes a line raw and reads its settings; an error code if it is no serial line.
 DWORD TakeOverLine(int file, DCB& settings);
 

@@ -1,3 +1,4 @@
+#include "platform/posix/clock.h"
 #include "platform/win32.h"
 
 void InitializeCriticalSection(LPCRITICAL_SECTION section) {
@@ -13,7 +14,7 @@ void DeleteCriticalSection(LPCRITICAL_SECTION section) {
 }
 
 void EnterCriticalSection(LPCRITICAL_SECTION section) ZB_NO_THREAD_SAFETY_ANALYSIS {
-    pthread_mutex_lock(&section->mutex);
+    posix::Lock(section->mutex);
 }
 
 BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) ZB_NO_THREAD_SAFETY_ANALYSIS {
@@ -21,5 +22,5 @@ BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) ZB_NO_THREAD_SAFETY_ANA
 }
 
 void LeaveCriticalSection(LPCRITICAL_SECTION section) ZB_NO_THREAD_SAFETY_ANALYSIS {
-    pthread_mutex_unlock(&section->mutex);
+    posix::Unlock(section->mutex);
 }

@@ -61,7 +61,7 @@ class Mutex : public Object {
         if (--body_.depth == 0) {
             body_.owner.store(0, std::memory_order_relaxed);
         }
-        return pthread_mutex_unlock(&body_.mutex) == 0 ? TRUE : Fail(ERROR_NOT_OWNER);
+        return Unlock(body_.mutex) == 0 ? TRUE : Fail(ERROR_NOT_OWNER);
     }
 
     DWORD Wait(Deadline deadline) override {

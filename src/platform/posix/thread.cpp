@@ -12,6 +12,7 @@ namespace {
 struct Course {
     LPTHREAD_START_ROUTINE function;
     LPVOID argument;
+    TimeKeeper::Place* place = nullptr;
     std::atomic<std::uint32_t> id{0};
     std::atomic<std::uint32_t> ended{0};
 };
@@ -20,11 +21,17 @@ void* Run(void* owned) {
     const std::unique_ptr<std::shared_ptr<Course>> course(
         static_cast<std::shared_ptr<Course>*>(owned));
     Course& own = **course;
+    if (timeKeeper != nullptr) {
+        timeKeeper->Begin(own.place);
+    }
     own.id.store(static_cast<std::uint32_t>(syscall(SYS_gettid)), std::memory_order_release);
     FutexWakeAll(own.id);
     own.function(own.argument);
     own.ended.store(1, std::memory_order_release);
     FutexWakeAll(own.ended);
+    if (timeKeeper != nullptr) {
+        timeKeeper->End();
+    }
     return nullptr;
 }
 
@@ -82,6 +89,9 @@ int Thread::Start(SIZE_T stackSize) {
     if (stackSize > standard) {
         error = pthread_attr_setstacksize(&attributes, stackSize);
     }
+    if (timeKeeper != nullptr) {
+        course_->place = timeKeeper->Announce();
+    }
     if (error == 0) {
         error = pthread_create(&thread_, &attributes, Run, shared.get());
     }
@@ -89,6 +99,8 @@ int Thread::Start(SIZE_T stackSize) {
     if (error == 0) {
         started_ = true;
         (void)shared.release();  // The thread's own now.
+    } else if (timeKeeper != nullptr) {
+        timeKeeper->Withdraw(course_->place);
     }
     return error;
 }

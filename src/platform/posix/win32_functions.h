@@ -149,6 +149,11 @@ BOOL ReleaseMutex(HANDLE mutex);
 /// this machine. The class must be null and the title must not. Null if there is none.
 HWND FindWindowW(LPCWSTR className, LPCWSTR title);
 
+/// Keeps the module that holds `address` loaded until the process ends, whoever unloads it. Flags
+/// must be GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS. FALSE with
+/// ERROR_MOD_NOT_FOUND if the address is in no library; a program's own address need not be kept.
+BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
+
 // ---- Dialogs -------------------------------------------------------------------------------
 
 // Dialogs without a screen. Each belongs to the thread that made it, and all of them stand in one

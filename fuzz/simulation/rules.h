@@ -1,0 +1,126 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "simulation/reference.h"
+#include "simulation/report.h"
+
+namespace simulation {
+
+/// Whether the text is one that the module may send at all.
+bool IsKnownRequest(const std::string& request);
+
+/// Lamps: what is sent was posted, in its order, and the last value of each lamp goes out.
+class LampRules {
+  public:
+    void Posted(std::int32_t lamp, std::int32_t value);
+    void Sent(const std::string& request);
+    /// Once everything that was posted must be out.
+    void Finish() const;
+
+  private:
+    struct Lamp {
+        std::deque<std::string> waiting;
+        std::string lastPosted;
+        std::string lastSent;
+    };
+    std::array<Lamp, 11> lamps_;
+};
+
+/// Moves: each is sent once, by its caller; whether it is accepted follows from the reply's form;
+/// the end is told once, with the reply that shows it, unless something excuses that.
+class MoveRules {
+  public:
+    explicit MoveRules(Report& report) : report_(report) {}
+
+    /// A call begins; gives the number that the callback is to bring back.
+    std::size_t Asked(const std::string& caller, const std::string& request, bool wantsNotice);
+    void Sent(const std::string& caller, const std::string& request);
+    void Returned(std::size_t number, bool accepted, const std::string& reply);
+    /// The worker asks for something.
+    void WorkerAsks(bool forCondition);
+    void ConditionAnswered(const std::string& reply);
+    void Told(std::size_t number, bool finished, bool error, const McndReply& reply,
+              const std::string& wire);
+    bool IsTold(std::size_t number) const { return moves_[number].told; }
+    /// Once the stage stands and the line has been good for a while.
+    void Finish() const;
+
+  private:
+    struct Move {
+        std::string caller;
+        std::string request;
+        bool wantsNotice = false;
+        std::size_t sent = 0;  ///< the how manieth of those that were sent
+        bool returned = false;
+        bool accepted = false;
+        bool told = false;
+        bool excused = false;
+        bool watchEnded = false;
+    };
+    static constexpr std::size_t None = SIZE_MAX;
+
+    void Excuse(Move& move);
+
+    Report& report_;
+    std::vector<Move> moves_;
+    std::size_t newestSent_ = None;
+    std::size_t sent_ = 0;
+    std::size_t sentBefore_ = 0;
+    /// The newest accepted move whose call has returned: now, when the worker last asked for
+    /// something, and, of when the condition was asked for, then and one request before. The worker
+    /// chooses what it watches between these two.
+    std::size_t proven_ = None;
+    std::size_t provenAtRequest_ = None;
+    std::size_t provenBefore_ = None;
+    std::size_t watched_ = None;
+};
+
+/// Homing: nothing starts that the operator has not asked for, Y follows X, and what has been
+/// broken off stays so.
+class HomingRules {
+  public:
+    HomingRules(Report& report, bool automatic) : report_(report), isAutomatic_(automatic) {}
+
+    /// `settled`: everything that the run before posted is out.
+    void Began(std::chrono::nanoseconds now, bool settled);
+    void PressedOk();
+    void PressedCancel(bool stops);
+    void Ended(std::chrono::nanoseconds now);
+    void Sent(const std::string& request);
+    void ConditionAsked();
+    void ConditionAnswered(const Exchange& exchange);
+    /// Once everything that was posted must be out.
+    void Finish() const;
+    bool IsOpen() const { return open_; }
+
+  private:
+    enum class Watch { Nothing, X, Y };
+
+    void StartSent(Watch axis, bool automatic);
+    void Follow(const std::string& reply);
+
+    Report& report_;
+    const bool isAutomatic_;
+    bool confirmed_ = false;
+    bool open_ = false;
+    bool settled_ = true;
+    bool cancelled_ = false;
+    bool mustStop_ = false;
+    std::chrono::nanoseconds brokenSince_ = std::chrono::nanoseconds::max();
+    std::uint64_t okPresses_ = 0;
+    std::uint64_t starts_ = 0;
+    std::array<int, 2> startsLeft_{};
+    bool xFinished_ = false;
+    /// The axis that the operator's hand homes: its start is out, its end and its stop are not.
+    Watch byHand_ = Watch::Nothing;
+    /// What the automatic procedure looks at.
+    Watch automatic_ = Watch::Nothing;
+    int spareConditions_ = 0;
+};
+
+}  // namespace simulation

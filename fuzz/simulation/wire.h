@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/posix/local_port.h"
+#include "simulation/faults.h"
+#include "simulation/plan.h"
+#include "simulation/reference.h"
+#include "simulator/protocol.h"
+#include "simulator/request_reader.h"
+
+namespace simulation {
+
+/// The line with the controller behind it. It hears every request, spoils replies, tells the rules
+/// what it sees, and knows what each thread has read.
+class Wire : public LocalPeer {
+  public:
+    explicit Wire(const Plan& plan, Report& report);
+
+    void Receive(std::string_view bytes, std::chrono::nanoseconds now) override;
+    std::string TakeDue(std::size_t most, std::chrono::nanoseconds now) override;
+    std::optional<std::chrono::nanoseconds> NextDue() override;
+
+    /// The stage as it is now.
+    simulator::StageModel& Stage();
+
+    void PlugCable(bool in);
+    /// The controller starts anew and is deaf meanwhile. Axes stay where they are.
+    void Reset(Time starts);
+    /// Ends all faults; the time at which the last of what they did has arrived.
+    Time StopFaults();
+    /// From now on, from the second poll at the latest, all is well.
+    void ExpectLife() { calmSince_ = report_.exchanges; }
+
+    /// The exchange that a thread ran last.
+    const Exchange& LastOf(const std::string& thread) { return exchanges_[thread]; }
+    /// What the worker's exchange, as far as it is read, would add to the record.
+    std::optional<Record> UnderWay();
+    std::uint64_t Exchanges() const { return report_.exchanges; }
+    /// Of those that began since life is expected.
+    int PollsSinceCalm() const { return pollsSinceCalm_; }
+
+  private:
+    struct Outgoing {
+        Time due;
+        std::string bytes;
+    };
+
+    void Judge(const std::string& thread, const std::string& request);
+    void FinishWorkersExchange();
+    void CountJoined(const Exchange& exchange, const Record& record);
+    void Answer(const std::string& request, Time now);
+    void Send(const std::string& bytes, Time begin);
+    void Advance(Time now);
+    Time ByteTimes(std::size_t count) const;
+
+    const Plan& plan_;
+    Report& report_;
+    Faults faults_;
+    simulator::StageModel stage_;
+    simulator::Protocol protocol_{stage_};
+    simulator::RequestReader reader_{Milliseconds(6)};
+    std::map<std::string, Exchange> exchanges_;
+    std::string owner_;
+    bool unread_ = false;
+    std::deque<Outgoing> outgoing_;
+    std::string arrived_;
+    Time lineFree_{0};
+    Time startedAt_{0};
+    bool pluggedIn_ = true;
+    std::uint64_t calmSince_ = UINT64_MAX;
+    int pollsSinceCalm_ = 0;
+};
+
+}  // namespace simulation

@@ -1,0 +1,160 @@
+#include "panel/panel.h"
+
+#include "homing/automatic_homing.h"
+#include "homing/manual_homing.h"
+#include "link/com_lock.h"
+#include "link/exchange.h"
+#include "panel/actions.h"
+#include "panel/buffer_boxes.h"
+#include "panel/readouts.h"
+#include "platform/guarded_procedure.h"
+#include "resources/resource_ids.h"
+#include "settings/module_instance.h"
+#include "settings/settings.h"
+
+std::atomic<HWND> PanelWindow{nullptr};
+
+namespace {
+
+/// Brings a hidden panel back.
+constexpr UINT ShowMessage = WM_APP + 2;
+constexpr UINT TimerMilliseconds = 2000;
+constexpr UINT FirstPercent = 25;
+
+std::atomic<bool> panelMade{false};
+
+/// The timer runs the position readout. The panel's thread only.
+bool PanelStreamPosition = false;
+
+void FillFields(HWND window) {
+    const PortSettings settings = CurrentPortSettings();
+    SetDlgItemInt(window, IDC_PORT, static_cast<UINT>(settings.Port), FALSE);
+    SetDlgItemInt(window, IDC_BAUD_RATE, settings.BaudRate, FALSE);
+    SetDlgItemInt(window, IDC_BYTE_SIZE, settings.ByteSize, FALSE);
+    SetDlgItemInt(window, IDC_PARITY, settings.Parity, FALSE);
+    SetDlgItemInt(window, IDC_STOP_BITS, settings.StopBits, FALSE);
+    SetDlgItemInt(window, IDC_LIGHT_1_PERCENT, FirstPercent, FALSE);
+    SetDlgItemInt(window, IDC_LIGHT_2_PERCENT, FirstPercent, FALSE);
+}
+
+/// The timer runs for the panel's whole life, whether positions are streamed or not.
+void Begin(HWND window) {
+    FillFields(window);
+    SetTimer(window, 0, TimerMilliseconds, nullptr);
+}
+
+void Hide(HWND window) {
+    PanelStreamPosition = false;
+    ShowWindow(window, SW_HIDE);
+}
+
+/// By the control alone: a button sends no other notification, and boxes have no action.
+INT_PTR Command(HWND window, int control) {
+    switch (control) {
+        case IDC_CLOSE:
+        case IDCANCEL:
+            Hide(window);
+            return 1;
+        case IDC_OPEN_COMM:
+            MyPanelOpenComm();
+            return 1;
+        case IDC_CLOSE_COMM:
+            ClosePortWhenFree();
+            return 1;
+        case IDC_HOME:
+            RunManualHoming(window);
+            return 1;
+        case IDC_HOME_CNC:
+            RunAutoHoming(window);
+            return 1;
+        case IDC_REMOTE_ENABLE:
+            return MyRemoteEnable();
+        case IDC_SEND:
+            return MyPanelSend(window);
+        case IDC_GET_POSITION:
+            return MyPanelGetPosition(window);
+        case IDC_SET_LIGHT_1:
+            return MyPanelSetLight(window, IDC_LIGHT_1_PERCENT, IDC_LIGHT_1_REPLY,
+                                   PanelLamp1.setPrefix, PanelLamp1.query);
+        case IDC_STREAM_POSITION:
+            PanelStreamPosition = !PanelStreamPosition;
+            return 1;
+        case IDC_SET_LIGHT_2:
+            return MyPanelSetLight(window, IDC_LIGHT_2_PERCENT, IDC_LIGHT_2_REPLY,
+                                   PanelLamp2.setPrefix, PanelLamp2.query);
+        case IDC_GET_STATUS:
+            return MyPanelGetStatus(window);
+        case IDC_SET_POSITION:
+            MyPanelSetPosition(window);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+INT_PTR Handle(HWND window, UINT message, WPARAM wParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            Begin(window);
+            return 1;
+        case WM_COMMAND:
+            return Command(window, static_cast<int>(wParam & 0xFFFF));
+        case WM_TIMER:
+            if (PanelStreamPosition) {
+                MyPanelGetPosition(window);
+            }
+            return 0;
+        case WM_CLOSE:
+            Hide(window);
+            return 1;
+        case BufferBoxesMessage:
+            WriteBufferBoxes(window);
+            return 1;
+        case ShowMessage:
+            ShowWindow(window, SW_SHOWNORMAL);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+/// The panel lives until the process ends, and its procedure has to be there as long: a host that
+/// unloads the module must not pull it away.
+void KeepModuleLoaded() {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCWSTR>(&MyPanelDialogProc), &module);
+}
+
+void MakePanel() {
+    KeepModuleLoaded();
+    const HWND window = CreateDialogParamW(ModuleInstance, MAKEINTRESOURCEW(IDD_PANEL), nullptr,
+                                           MyPanelDialogProc, 0);
+    if (window == nullptr) {
+        panelMade.store(false);
+        return;
+    }
+    PanelWindow.store(window);
+    FillBufferBoxes(window);
+    UpdateWindow(window);
+    ShowWindow(window, SW_SHOWNORMAL);
+    SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+}
+
+}  // namespace
+
+void ShowPanelIfWanted() {
+    if (!ReadPanelWanted()) {
+        return;
+    }
+    if (!panelMade.exchange(true)) {
+        MakePanel();
+    } else if (const HWND window = PanelWindow.load()) {
+        // Its thread may be another one, and busy; the start does not wait for it.
+        PostMessageW(window, ShowMessage, 0, 0);
+    }
+}
+
+INT_PTR CALLBACK MyPanelDialogProc(HWND window, UINT message, WPARAM wParam, LPARAM) {
+    return GuardedProcedure([=] { return Handle(window, message, wParam); });
+}
