@@ -51,6 +51,21 @@ void Handle(const headless::DialogView& dialog, Chance& chance) {
     }
 }
 
+/// Comes back at an awkward moment: just as the controller has finished X.
+void WaitForX(Chance& chance) {
+    const auto wait = [](simulator::HomeStatus status) {
+        for (int left = 200; left > 0; --left) {
+            if (world->wire.Stage().At(simulator::AxisName::X).Home() == status) {
+                return;
+            }
+            Sleep(50);
+        }
+    };
+    wait(simulator::HomeStatus::UnderWay);
+    wait(simulator::HomeStatus::Finished);
+    Wait(chance, 0, 200);
+}
+
 }  // namespace
 
 void PlayOperator(Chance& chance) {
@@ -69,8 +84,10 @@ void PlayHomer(Chance& chance) {
     bool settled = true;
     while (!world->stopping) {
         const bool soon = chance.OneIn(3);
-        if (soon) {
-            Wait(chance, 0, 2000);
+        if (soon && chance.OneIn(2)) {
+            WaitForX(chance);
+        } else if (soon) {
+            Wait(chance, 0, 6000);
         } else {
             Wait(chance, Settled, 4 * Settled);
         }
@@ -82,7 +99,7 @@ void PlayHomer(Chance& chance) {
             world->homing.Finish();
         }
         world->trace.Note(ThisThread(), "homes");
-        world->homing.Began();
+        world->homing.Began(virtual_time::Elapsed(), settled);
         world->module->OVISK_ZbrCmd(OviskCmd_Home, 0);
         world->homing.Ended(virtual_time::Elapsed());
         world->trace.Note(ThisThread(), "is back");

@@ -41,7 +41,7 @@ Plan MakePlan(std::uint64_t seed, std::uint64_t life) {
     Chance chance(std::uint64_t{words[0]} << 32 | words[1]);
     constexpr std::array Scales{100.0, 100.0, 1.0, 250.5};
     constexpr std::array PauseRates{0U, 0U, 500U, 50U, 5U};
-    constexpr std::array PauseTimes{0, 100, 2000, 15'000};
+    constexpr std::array PauseTimes{0, 100, 2000, 15'000, 200'000};
     constexpr std::array Speeds{38'400U, 38'400U, 115'200U, 9600U, 0U};
     Plan plan{};
     plan.length = Seconds(chance.OneIn(10) ? chance.Between(1, 60) : chance.Between(300, 5400));

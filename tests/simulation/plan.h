@@ -27,6 +27,11 @@ struct Plan {
     Time latency;            ///< of the controller
     double scaleFactor;
     std::string settings;  ///< the settings file
+
+    /// Of the machine; 0 if it makes none.
+    Time LongestPause() const {
+        return clock.pauseEvery != 0 ? Time(clock.longestPause) : Time::zero();
+    }
 };
 
 Plan MakePlan(std::uint64_t seed, std::uint64_t life);

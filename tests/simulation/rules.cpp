@@ -47,10 +47,10 @@ std::size_t MoveRules::Asked(const std::string& caller, const std::string& reque
 
 void MoveRules::Sent(const std::string& caller, const std::string& request) {
     const auto found = std::ranges::find_if(moves_, [&](const Move& one) {
-        return one.caller == caller && one.request == request && !one.sent && !one.returned;
+        return one.caller == caller && one.request == request && one.sent == 0 && !one.returned;
     });
     Require(found != moves_.end(), "a move is sent that nobody asked for", request);
-    found->sent = true;
+    found->sent = ++sent_;
     newestSent_ = static_cast<std::size_t>(found - moves_.begin());
 }
 
@@ -62,7 +62,7 @@ void MoveRules::Excuse(Move& move) {
 
 void MoveRules::Returned(std::size_t number, bool accepted, const std::string& reply) {
     Move& move = moves_[number];
-    Require(accepted == (move.sent && HasForm(reply, ">MMVAL=")),
+    Require(accepted == (move.sent != 0 && HasForm(reply, ">MMVAL=")),
             "a move's result is not what its reply says", move.request + " " + reply);
     move.returned = true;
     move.accepted = accepted;
@@ -76,26 +76,36 @@ void MoveRules::Returned(std::size_t number, bool accepted, const std::string& r
     proven_ = number;
 }
 
+void MoveRules::WorkerAsks(bool forCondition) {
+    if (forCondition) {
+        provenBefore_ = proven_;
+        watched_ = provenAtRequest_;
+        sentBefore_ = sent_;
+    }
+    provenAtRequest_ = proven_;
+}
+
 void MoveRules::ConditionAnswered(const std::string& reply) {
     if (ReadMotion(reply) || newestSent_ == None) {
         return;
     }
     // The watch ends without a word. Whether it had begun is certain only for a call that returned.
     Excuse(moves_[newestSent_]);
-    if (provenBefore_ != None) {
-        Excuse(moves_[provenBefore_]);
-        moves_[provenBefore_].watchEnded = true;
+    if (watched_ != None) {
+        Excuse(moves_[watched_]);
+        moves_[watched_].watchEnded = true;
     }
 }
 
 void MoveRules::Told(std::size_t number, bool finished, bool error, const McndReply& reply,
                      const std::string& wire) {
-    Require(number < moves_.size() && moves_[number].sent, "the end of no move is told");
+    Require(number < moves_.size() && moves_[number].sent != 0, "the end of no move is told");
     Move& move = moves_[number];
     Require(!std::exchange(move.told, true), "the end of a move is told twice", move.request);
     Require(!move.watchEnded, "a move is told of whose watch has ended", move.request);
     Require(provenBefore_ == None || number >= provenBefore_, "a move is told of that was replaced",
             move.request);
+    Require(move.sent <= sentBefore_, "a move is ended by what was asked before it", move.request);
     const auto read = ReadMotion(wire);
     Require(finished && read && MotionIsBad(*read) == error && (error || !MotionGoesOn(*read)),
             "the end of a move is told that the reply does not show", wire);
@@ -116,16 +126,27 @@ void MoveRules::Finish() const {
     }
 }
 
-void HomingRules::Began() {
+void HomingRules::Began(std::chrono::nanoseconds now, bool settled) {
     ++report_.homings;
     open_ = true;
-    cancelled_ = false;
+    cancelled_ = confirmed_ = false;
     automatic_ = byHand_ = Watch::Nothing;
     spareConditions_ = 1;
-    brokenSince_ = std::chrono::nanoseconds::max();
+    settled_ = settled;
+    startsLeft_.fill(settled ? 1 : 2);
+    // The new run begins with its dialog, and ends what the one before may still do.
+    brokenSince_ = now + std::chrono::milliseconds(1);
+}
+
+void HomingRules::PressedOk() {
+    ++okPresses_;
+    confirmed_ = isAutomatic_;
 }
 
 void HomingRules::PressedCancel(bool stops) {
+    if (confirmed_) {
+        return;  // The dialog is about to go, and the homing under way.
+    }
     if (!std::exchange(cancelled_, true)) {
         mustStop_ = stops;
         ++report_.homingsBrokenOff;
@@ -136,17 +157,19 @@ void HomingRules::Ended(std::chrono::nanoseconds now) {
     open_ = false;
     spareConditions_ = 1;
     if (cancelled_) {
-        brokenSince_ = now;
+        brokenSince_ = std::min(brokenSince_, now);
     }
 }
 
 void HomingRules::StartSent(Watch axis, bool automatic) {
     ++starts_;
     Require(starts_ <= okPresses_, "homing is started though nobody pressed OK");
+    Require(startsLeft_[axis == Watch::Y ? 1 : 0]-- > 0, "an axis is homed twice in one run");
     if (axis == Watch::Y) {
         Require(std::exchange(xFinished_, false), "homing of Y is started before X has finished");
     } else {
         xFinished_ = false;
+        brokenSince_ = cancelled_ ? brokenSince_ : std::chrono::nanoseconds::max();
     }
     (automatic ? automatic_ : byHand_) = axis;
 }
@@ -202,7 +225,7 @@ void HomingRules::Follow(const std::string& reply) {
 }
 
 void HomingRules::Finish() const {
-    Require(!cancelled_ || !mustStop_ || byHand_ == Watch::Nothing,
+    Require(!settled_ || !cancelled_ || !mustStop_ || byHand_ == Watch::Nothing,
             "the stop of a cancelled homing is not sent");
 }
 

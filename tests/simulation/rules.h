@@ -41,7 +41,8 @@ class MoveRules {
     std::size_t Asked(const std::string& caller, const std::string& request, bool wantsNotice);
     void Sent(const std::string& caller, const std::string& request);
     void Returned(std::size_t number, bool accepted, const std::string& reply);
-    void ConditionAsked() { provenBefore_ = proven_; }
+    /// The worker asks for something.
+    void WorkerAsks(bool forCondition);
     void ConditionAnswered(const std::string& reply);
     void Told(std::size_t number, bool finished, bool error, const McndReply& reply,
               const std::string& wire);
@@ -54,7 +55,7 @@ class MoveRules {
         std::string caller;
         std::string request;
         bool wantsNotice = false;
-        bool sent = false;
+        std::size_t sent = 0;  ///< the how manieth of those that were sent
         bool returned = false;
         bool accepted = false;
         bool told = false;
@@ -68,19 +69,26 @@ class MoveRules {
     Report& report_;
     std::vector<Move> moves_;
     std::size_t newestSent_ = None;
-    /// The newest accepted move whose call has returned; the same when the condition was asked for.
+    std::size_t sent_ = 0;
+    std::size_t sentBefore_ = 0;
+    /// The newest accepted move whose call has returned: now, when the worker last asked for
+    /// something, and, of when the condition was asked for, then and one request before. The worker
+    /// chooses what it watches between these two.
     std::size_t proven_ = None;
+    std::size_t provenAtRequest_ = None;
     std::size_t provenBefore_ = None;
+    std::size_t watched_ = None;
 };
 
 /// Homing: nothing starts that the operator has not asked for, Y follows X, and what has been
 /// broken off stays so.
 class HomingRules {
   public:
-    explicit HomingRules(Report& report) : report_(report) {}
+    HomingRules(Report& report, bool automatic) : report_(report), isAutomatic_(automatic) {}
 
-    void Began();
-    void PressedOk() { ++okPresses_; }
+    /// `settled`: everything that the run before posted is out.
+    void Began(std::chrono::nanoseconds now, bool settled);
+    void PressedOk();
     void PressedCancel(bool stops);
     void Ended(std::chrono::nanoseconds now);
     void Sent(const std::string& request);
@@ -97,12 +105,16 @@ class HomingRules {
     void Follow(const std::string& reply);
 
     Report& report_;
+    const bool isAutomatic_;
+    bool confirmed_ = false;
     bool open_ = false;
+    bool settled_ = true;
     bool cancelled_ = false;
     bool mustStop_ = false;
     std::chrono::nanoseconds brokenSince_ = std::chrono::nanoseconds::max();
     std::uint64_t okPresses_ = 0;
     std::uint64_t starts_ = 0;
+    std::array<int, 2> startsLeft_{};
     bool xFinished_ = false;
     /// The axis that the operator's hand homes: its start is out, its end and its stop are not.
     Watch byHand_ = Watch::Nothing;

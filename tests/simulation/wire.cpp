@@ -52,14 +52,15 @@ void Wire::Receive(std::string_view bytes, std::chrono::nanoseconds /*now*/) {
 
 void Wire::Judge(const std::string& thread, const std::string& request) {
     Require(IsKnownRequest(request), "a request that does not exist", request);
+    if (thread == Worker) {
+        world->moves.WorkerAsks(request.starts_with("@MCND"));
+    }
     if (request.starts_with("@LBRT")) {
         world->lamps.Sent(request);
     } else if (request.starts_with("@MMVAL")) {
         world->moves.Sent(thread, request);
     } else if (request.starts_with("@CRZ")) {
         world->homing.Sent(request);
-    } else if (request.starts_with("@MCND")) {
-        world->moves.ConditionAsked();
     } else if (request.starts_with("@CCND")) {
         world->homing.ConditionAsked();
     } else if (request.starts_with("@SMOD")) {

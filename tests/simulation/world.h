@@ -22,7 +22,7 @@ struct World {
     Mirror mirror{plan.scaleFactor};
     LampRules lamps;
     MoveRules moves{report};
-    HomingRules homing{report};
+    HomingRules homing{report, plan.automatic};
     Wire wire{plan, report};
     host_tool::ModuleLibrary* module = nullptr;
     bool starts = false;    ///< a start is under way and has not set remote mode yet

@@ -29,8 +29,9 @@ const char* const FormHelp =
   Save as...   Ctrl+S  writes the lines kept to a file
   Time stamps          shows or hides the time of arrival, also for Save as
   Find         Ctrl+F  without regard to case; F3 or Enter: next, Shift+F3: previous
-The view follows the newest line while its end is in sight and nothing is selected; Esc goes back to
-that. With --no-window or --once the log is printed on standard output, and Ctrl-C ends the program.)";
+The view follows the newest line while its end is in sight and nothing is selected; else it holds
+still, and Esc goes on. With --no-window or --once the log is printed on standard output, and Ctrl-C
+ends the program.)";
 
 void AddFormOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-window", options.noWindow,

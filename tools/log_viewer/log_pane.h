@@ -7,21 +7,24 @@
 
 namespace log_viewer {
 
-/// The text pane: a read-only edit control that keeps a limited number of lines. It follows the end
-/// while the end is in sight and nothing is selected; else its view and selection stay where they
-/// are. For the thread of its window.
+/// The text pane: a read-only edit control that keeps a limited number of lines. For the thread of
+/// its window.
 class LogPane {
   public:
     /// Null handle if the control could not be made.
     void Create(HWND parent, int id, std::size_t limit);
     HWND Handle() const { return edit_; }
 
-    /// Appends UTF-8 text whose lines end in CR LF.
+    /// Whether the end is in sight and nothing is selected: nobody is looking at older text, and
+    /// more may be appended.
+    bool IsAtEnd() const;
+
+    /// Appends UTF-8 text whose lines end in CR LF, and shows the end.
     void Append(std::string_view text);
     void Clear();
 
-    /// Drops the selection and follows the end again.
-    void FollowEnd();
+    /// Drops the selection and shows the end.
+    void ShowEnd();
 
     /// Selects and shows the next place of the text, or the previous one, from the selection on and
     /// around the end. Without regard to case. False if there is none.
@@ -35,15 +38,10 @@ class LogPane {
 
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
     Selection Selected() const;
-    bool IsEndInSight() const;
     std::wstring Text() const;
     void Replace(const Selection& part, const wchar_t* text) const;
-    /// What has been cut off at the beginning.
-    struct Cut {
-        DWORD characters;
-        int lines;
-    };
-    Cut TrimToLimit() const;
+    /// How many lines are to go; more than one at a time, since that moves all the text that stays.
+    int Surplus() const;
 
     HWND edit_ = nullptr;
     int limit_ = 0;

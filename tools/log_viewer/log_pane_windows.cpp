@@ -59,12 +59,14 @@ LogPane::Selection LogPane::Selected() const {
     return selection;
 }
 
-bool LogPane::IsEndInSight() const {
+bool LogPane::IsAtEnd() const {
+    const Selection selection = Selected();
     SCROLLINFO scroll{};
     scroll.cbSize = sizeof(scroll);
     scroll.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
-    return GetScrollInfo(edit_, SB_VERT, &scroll) == FALSE ||
-           scroll.nPos + static_cast<int>(scroll.nPage) >= scroll.nMax;
+    return selection.start == selection.end &&
+           (GetScrollInfo(edit_, SB_VERT, &scroll) == FALSE ||
+            scroll.nPos + static_cast<int>(scroll.nPage) >= scroll.nMax);
 }
 
 std::wstring LogPane::Text() const {
@@ -78,43 +80,33 @@ void LogPane::Replace(const Selection& part, const wchar_t* text) const {
     Send(EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text));
 }
 
-LogPane::Cut LogPane::TrimToLimit() const {
+int LogPane::Surplus() const {
     const int count = static_cast<int>(Send(EM_GETLINECOUNT));
-    // In larger steps, since each of them moves all the text that stays.
-    if (count <= limit_ + limit_ / 8) {
-        return {};
-    }
-    const int lines = count - limit_;
-    const auto characters = static_cast<DWORD>(Send(EM_LINEINDEX, static_cast<WPARAM>(lines)));
-    Replace({.start = 0, .end = characters}, L"");
-    return {.characters = characters, .lines = lines};
+    return count > limit_ + limit_ / 8 ? count - limit_ : 0;
 }
 
 void LogPane::Append(std::string_view text) {
-    const Selection selection = Selected();
-    const bool follow = selection.start == selection.end && IsEndInSight();
-    const int top = static_cast<int>(Send(EM_GETFIRSTVISIBLELINE));
-    Send(WM_SETREDRAW, FALSE);
     const auto end = static_cast<DWORD>(GetWindowTextLengthW(edit_));
     Replace({.start = end, .end = end}, Widened(text).c_str());
-    const Cut cut = TrimToLimit();
-    if (follow) {
-        FollowEnd();
-    } else {
-        const auto moved = [&](DWORD place) { return place - std::min(place, cut.characters); };
-        Send(EM_SETSEL, moved(selection.start), static_cast<LPARAM>(moved(selection.end)));
-        const int shown = static_cast<int>(Send(EM_GETFIRSTVISIBLELINE));
-        Send(EM_LINESCROLL, 0, std::max(top - cut.lines, 0) - shown);
+    const int surplus = Surplus();
+    if (surplus == 0) {
+        ShowEnd();
+        UpdateWindow(edit_);
+        return;
     }
+    const auto cut = static_cast<DWORD>(Send(EM_LINEINDEX, static_cast<WPARAM>(surplus)));
+    Send(WM_SETREDRAW, FALSE);
+    Replace({.start = 0, .end = cut}, L"");
+    ShowEnd();
     Send(WM_SETREDRAW, TRUE);
-    InvalidateRect(edit_, nullptr, TRUE);
+    RedrawWindow(edit_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_UPDATENOW);
 }
 
 void LogPane::Clear() {
     SetWindowTextW(edit_, L"");
 }
 
-void LogPane::FollowEnd() {
+void LogPane::ShowEnd() {
     const auto end = static_cast<DWORD>(GetWindowTextLengthW(edit_));
     Send(EM_SETSEL, end, static_cast<LPARAM>(end));
     Send(EM_SCROLLCARET);

@@ -30,6 +30,7 @@ class MainWindow {
     LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void HandleCommand(int command);
     void Update();
+    void ShowNewText();
     void ShowStatus();
     void Reload();
     void Clear();
@@ -137,7 +138,8 @@ void MainWindow::HandleCommand(int command) {
         case PreviousCommand:
             return Find(false);
         case IDCANCEL:  // Esc
-            return controls_.Pane().FollowEnd();
+            notFound_ = false;
+            return controls_.Pane().ShowEnd();
         default:
             return;
     }
@@ -148,18 +150,29 @@ void MainWindow::Update() {
         DestroyWindow(window_);
         return;
     }
-    if (!paused_) {
-        const LineStore::Reading reading =
-            session_.store.ReadOn(place_, {.stamps = stamps_, .lineEnd = "\r\n"});
-        if (!reading.text.empty()) {
-            controls_.Pane().Append(reading.text);
-        }
+    if (!paused_ && controls_.Pane().IsAtEnd()) {
+        ShowNewText();
     }
     ShowStatus();
 }
 
+void MainWindow::ShowNewText() {
+    const bool fromStart = place_.line == 0 && place_.offset == 0;
+    const LineStore::Reading reading =
+        session_.store.ReadOn(place_, {.stamps = stamps_, .lineEnd = "\r\n"});
+    if (reading.skipped != 0 && !fromStart) {
+        controls_.Pane().Append("... " + std::to_string(reading.skipped) +
+                                " lines are not kept any more ...\r\n");
+    }
+    if (!reading.text.empty()) {
+        controls_.Pane().Append(reading.text);
+    }
+}
+
 void MainWindow::ShowStatus() {
-    std::wstring text = paused_ ? L"Paused.  " : L"";
+    std::wstring text = paused_                      ? L"Paused.  "
+                        : controls_.Pane().IsAtEnd() ? L""
+                                                     : L"Holding still, Esc goes on.  ";
     text += notFound_ ? L"Not found: " + FindWords() + L".  " : L"";
     text += std::to_wstring(session_.store.Received()) + L" lines came, " +
             std::to_wstring(session_.store.Held()) + L" kept.  Log block at most " +

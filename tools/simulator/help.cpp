@@ -62,7 +62,9 @@ std::string HelpAfterOptions(const std::string& line) {
         << "EXIT STATUS\n"
            "  0  after quit, an interrupt, or the end of the input with --exit-on-eof\n"
            "  1  the line or the control port cannot be opened\n"
-           "  2  the command line is wrong";
+           "  2  the command line is wrong\n"
+           "  A replay: 0 if the record was followed to its end, 3 after departures, 4 if it\n"
+           "  stopped before its end without one, 5 if the file holds no exchange";
     return text.str();
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/console.h"
@@ -18,6 +19,7 @@
 #include "simulator/exerciser.h"
 #include "simulator/help.h"
 #include "simulator/line_option.h"
+#include "simulator/replay_program.h"
 #include "simulator/states.h"
 
 namespace {
@@ -38,6 +40,7 @@ extern "C" void AskToStop(int /*signal*/) {
 
 struct Options {
     simulator::LineOption line;
+    simulator::ReplayOptions replay;
     unsigned bitsPerSecond = 38'400;
     double latency = 0;
     double motionDelay = 0;
@@ -128,6 +131,7 @@ void AddOptions(CLI::App& app, Options& options) {
         ->type_name("PORT");
     app.add_flag("--quiet", options.quiet, "Do not show the moves, settings and actions received");
     app.add_flag("--exit-on-eof", options.exitOnEof, "End when standard input ends");
+    options.replay.AddTo(app);
     app.footer("\n" + simulator::HelpAfterOptions(simulator::LineOption::Example()));
 }
 
@@ -221,15 +225,26 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? StatusGood : StatusBadCommandLine;
     }
+    std::optional<simulator::Trace> trace;
+    if (options.replay.Chosen() && !(trace = options.replay.Read())) {
+        return simulator::ReplayOptions::StatusNoRecord;
+    }
     const auto line = options.line.Open(options.bitsPerSecond);
     simulator::DeviceSettings settings;
     settings.bitsPerSecond = options.bitsPerSecond;
     settings.latency = Milliseconds(options.latency);
+    std::signal(SIGINT, AskToStop);
+    std::signal(SIGTERM, AskToStop);
+    if (trace) {
+        return simulator::RunReplay(*line, options.line.Name(), settings, std::move(*trace),
+                                    options.replay.Settings(), [&](const auto& input) {
+                                        return stopAsked != 0 ||
+                                               (options.exitOnEof && input.Ended());
+                                    });
+    }
     simulator::Controller controller(*line, settings);
     controller.With([&](Device& device) { SetUp(device, options); });
     const auto control = OpenControlPort(controller, options);
-    std::signal(SIGINT, AskToStop);
-    std::signal(SIGTERM, AskToStop);
     controller.Start();
     std::cout << "ready on " << options.line.Name() << std::endl;
     Serve(controller, options);

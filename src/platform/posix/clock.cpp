@@ -149,9 +149,7 @@ void Sleep(DWORD milliseconds) {
 }
 
 ULONGLONG GetTickCount64() {
-    if (posix::timeKeeper != nullptr) {
-        posix::timeKeeper->Pause();
-    }
+    posix::Breathe();
     return static_cast<ULONGLONG>(posix::Now() / posix::PerMillisecond);
 }
 

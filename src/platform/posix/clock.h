@@ -30,6 +30,13 @@ short PollUntil(int file, short events, Deadline deadline);
 /// pthread_mutex_lock with a deadline; its results, and ETIMEDOUT.
 int LockUntil(pthread_mutex_t& mutex, Deadline deadline);
 
+/// For the end of a call from outside: with another time, others may go on here. Under no lock.
+inline void Breathe() {
+    if (timeKeeper != nullptr) {
+        timeKeeper->Pause();
+    }
+}
+
 /// A critical section's way to its lock and out of it.
 inline void Lock(pthread_mutex_t& mutex) {
     if (timeKeeper == nullptr) {

@@ -172,6 +172,7 @@ BOOL Transfer(HANDLE file, Buffer buffer, LPDWORD done, LPOVERLAPPED overlapped,
         return FALSE;
     }
     const DWORD error = work(port);
+    Breathe();
     return error == ERROR_SUCCESS ? TRUE : Fail(error);
 }
 

@@ -81,5 +81,6 @@ BOOL SetEvent(HANDLE event) {
         return FALSE;
     }
     use->Set();
+    posix::Breathe();
     return TRUE;
 }

@@ -184,8 +184,10 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
         return WAIT_FAILED;
     }
     // Mostly there is nothing to wait for, and then nobody needs to know the time.
-    const DWORD atOnce = use.Get()->Wait(0);
-    return atOnce != WAIT_TIMEOUT || milliseconds == 0
-               ? atOnce
-               : use.Get()->Wait(posix::After(milliseconds));
+    DWORD result = use.Get()->Wait(0);
+    if (result == WAIT_TIMEOUT && milliseconds != 0) {
+        result = use.Get()->Wait(posix::After(milliseconds));
+    }
+    posix::Breathe();
+    return result;
 }
