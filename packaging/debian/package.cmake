@@ -15,8 +15,8 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 lamps, absolute moves, homing. This is the native build, for hosts under
 development; machines in service use the Windows library.
 
-With the headers, CMake and pkg-config files, an example host and a simulated
-controller.")
+With the headers, CMake and pkg-config files, an example host, a simulated
+controller and a log viewer.")
 
 # What no other package carries.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/add_files.cmake)
