@@ -5,7 +5,8 @@
 
 namespace simulation {
 
-/// Chance that is the same on every machine: the library's distributions are not.
+/// Chance that is the same on every machine and from every compiler: the library's distributions
+/// are not, nor are two draws in one list of arguments.
 class Chance {
   public:
     explicit Chance(std::uint64_t seed) : engine_(seed) {}

@@ -68,12 +68,12 @@ std::vector<Piece> Faults::SpoilTimes(Fault fault, const std::string& reply) {
 }
 
 std::string Faults::SpoilBytes(Fault fault, std::string reply) {
+    const std::size_t at = PlaceIn(reply);
     switch (fault) {
         case Fault::Dropped:
-            return reply.erase(PlaceIn(reply), static_cast<std::size_t>(
-                                                   chance_.Between(1, chance_.Between(1, 12))));
+            return reply.erase(at, Several(1, 12));
         case Fault::Doubled:
-            return chance_.OneIn(2) ? reply + reply : DoubleOne(std::move(reply));
+            return chance_.OneIn(2) ? reply + reply : reply.insert(at, 1, reply[at]);
         case Fault::Garbled:
             for (auto count = chance_.Between(1, 3); count > 0; --count) {
                 reply[PlaceIn(reply)] = static_cast<char>(chance_.Between(1, 255));
@@ -86,20 +86,14 @@ std::string Faults::SpoilBytes(Fault fault, std::string reply) {
         case Fault::NoLineEnd:
             return Without(std::move(reply), "\r\n");
         case Fault::Nul:
-            return reply.insert(PlaceIn(reply), static_cast<std::size_t>(chance_.Between(1, 3)),
-                                '\0');
-        case Fault::Oversize:
-            return reply.insert(reply.size() - 2,
-                                static_cast<std::size_t>(chance_.Between(200, 3000)),
-                                chance_.Of(std::string_view(",0x")));
+            return reply.insert(at, Several(1, 3), '\0');
+        case Fault::Oversize: {
+            const char filler = chance_.Of(std::string_view(",0x"));
+            return reply.insert(reply.size() - 2, Several(200, 3000), filler);
+        }
         default:
             return Refuse(reply);
     }
-}
-
-std::string Faults::DoubleOne(std::string reply) {
-    const std::size_t at = PlaceIn(reply);
-    return reply.insert(at, 1, reply[at]);
 }
 
 std::string Faults::Refuse(const std::string& reply) {

@@ -32,10 +32,12 @@ class Faults {
   private:
     std::vector<Piece> SpoilTimes(Fault fault, const std::string& reply);
     std::string SpoilBytes(Fault fault, std::string reply);
-    std::string DoubleOne(std::string reply);
     std::string Refuse(const std::string& reply);
     std::size_t PlaceIn(const std::string& text) {
         return static_cast<std::size_t>(chance_.Between(0, std::ssize(text) - 1));
+    }
+    std::size_t Several(std::int64_t least, std::int64_t most) {
+        return static_cast<std::size_t>(chance_.Between(least, most));
     }
     void Count(Fault fault) { ++report_.faults[static_cast<std::size_t>(fault)]; }
 

@@ -26,10 +26,12 @@ std::uint64_t FirstTick(Chance& chance, Time length) {
 std::string Settings(Chance& chance, double scaleFactor) {
     constexpr std::array PollTimes{80, 80, 80, 80, 10, 1, 250};
     constexpr std::array Delays{10, 10, 10, 0, 30};
-    return "[Ovisk]\nCmdPoll=" + std::to_string(chance.Of(PollTimes)) +
-           "\nDelay=" + std::to_string(chance.Of(Delays)) +
-           "\nScaleFactor=" + std::to_string(scaleFactor) +
-           "\nSerialLog=" + (chance.OneIn(5) ? "1" : "0") + "\n";
+    const int pollTime = chance.Of(PollTimes);
+    const int delay = chance.Of(Delays);
+    const bool logs = chance.OneIn(5);
+    return "[Ovisk]\nCmdPoll=" + std::to_string(pollTime) + "\nDelay=" + std::to_string(delay) +
+           "\nScaleFactor=" + std::to_string(scaleFactor) + "\nSerialLog=" + (logs ? "1" : "0") +
+           "\n";
 }
 
 }  // namespace

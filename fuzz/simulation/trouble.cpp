@@ -33,8 +33,9 @@ void MakeTrouble(Chance& chance) {
         default: {
             Count(Fault::AxisError);
             const simulator::AxisName axis = AnyAxis(chance);
+            const std::int64_t code = chance.Between(0, 199);
             world->wire.Stage().At(axis).Settings().error =
-                (chance.OneIn(2) ? "E" : "F") + std::to_string(chance.Between(0, 99));
+                (code < 100 ? "E" : "F") + std::to_string(code % 100);
             Wait(chance, 50, 10'000);
             world->wire.Stage().At(axis).Settings().error.clear();
         }
@@ -50,10 +51,11 @@ void PlayVisitor(Chance& chance) {
     while (!world->stopping && !world->calm) {
         Wait(chance, 50, 10'000);
         switch (chance.Between(0, 5)) {
-            case 0:
-                world->wire.Stage().SetLamp(static_cast<int>(chance.Between(1, 7)),
-                                            static_cast<std::int32_t>(chance.Between(0, 10'000)));
+            case 0: {
+                const auto value = static_cast<std::int32_t>(chance.Between(0, 10'000));
+                world->wire.Stage().SetLamp(static_cast<int>(chance.Between(1, 7)), value);
                 break;
+            }
             case 1:
                 world->wire.Stage().Cancel();
                 break;

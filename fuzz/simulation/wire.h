@@ -33,8 +33,10 @@ class Wire : public LocalPeer {
     void Reset(Time starts);
     /// Ends all faults; the time at which the last of what they did has arrived.
     Time StopFaults();
-    /// From now on, from the second poll at the latest, all is well.
-    void ExpectLife() { calmSince_ = report_.exchanges; }
+    /// From now on all is well with the second poll at the latest. What has come meanwhile and was
+    /// not read goes first: a read takes 255 bytes, so each such stretch of them costs one poll
+    /// more.
+    void ExpectLife();
 
     /// The exchange that a thread ran last.
     const Exchange& LastOf(const std::string& thread) { return exchanges_[thread]; }
@@ -74,6 +76,7 @@ class Wire : public LocalPeer {
     bool pluggedIn_ = true;
     std::uint64_t calmSince_ = UINT64_MAX;
     int pollsSinceCalm_ = 0;
+    int pollsAllowed_ = 0;
 };
 
 }  // namespace simulation

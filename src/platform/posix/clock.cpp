@@ -44,7 +44,7 @@ long Futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value,
                    FUTEX_BITSET_MATCH_ANY);
 }
 
-int LockInOtherTime(pthread_mutex_t& mutex, Deadline deadline) {
+int LockUntilInOtherTime(pthread_mutex_t& mutex, Deadline deadline) {
     int result = pthread_mutex_trylock(&mutex);
     while (result == EBUSY && timeKeeper->AwaitUnlock(deadline)) {
         result = pthread_mutex_trylock(&mutex);
@@ -116,9 +116,21 @@ short PollUntil(int file, short events, Deadline deadline) {
     }
 }
 
+int LockInOtherTime(pthread_mutex_t& mutex) {
+    timeKeeper->Pause();
+    return LockUntilInOtherTime(mutex, Never);
+}
+
+int UnlockInOtherTime(pthread_mutex_t& mutex) {
+    const int result = pthread_mutex_unlock(&mutex);
+    timeKeeper->Unlocked();
+    timeKeeper->Pause();
+    return result;
+}
+
 int LockUntil(pthread_mutex_t& mutex, Deadline deadline) {
     if (timeKeeper != nullptr) {
-        return LockInOtherTime(mutex, deadline);
+        return LockUntilInOtherTime(mutex, deadline);
     }
     MakeWaitsPrecise();
     if (deadline == Never) {

@@ -37,22 +37,15 @@ inline void Breathe() {
     }
 }
 
-/// A critical section's way to its lock and out of it.
-inline void Lock(pthread_mutex_t& mutex) {
-    if (timeKeeper == nullptr) {
-        pthread_mutex_lock(&mutex);
-    } else {
-        timeKeeper->Pause();
-        LockUntil(mutex, Never);
-    }
+int LockInOtherTime(pthread_mutex_t& mutex);
+int UnlockInOtherTime(pthread_mutex_t& mutex);
+
+/// A critical section's way to its lock and out of it, as short as it can be.
+inline int Lock(pthread_mutex_t& mutex) {
+    return timeKeeper == nullptr ? pthread_mutex_lock(&mutex) : LockInOtherTime(mutex);
 }
 inline int Unlock(pthread_mutex_t& mutex) {
-    const int result = pthread_mutex_unlock(&mutex);
-    if (timeKeeper != nullptr) {
-        timeKeeper->Unlocked();
-        timeKeeper->Pause();
-    }
-    return result;
+    return timeKeeper == nullptr ? pthread_mutex_unlock(&mutex) : UnlockInOtherTime(mutex);
 }
 
 }  // namespace posix

@@ -39,6 +39,6 @@ class TimeKeeper {
 };
 
 /// Null for the system's time. Written once, while there is one thread.
-extern TimeKeeper* timeKeeper;
+[[gnu::visibility("hidden")]] extern TimeKeeper* timeKeeper;
 
 }  // namespace posix
