@@ -62,10 +62,13 @@ void ReadKeyboard() {
     }
 }
 
-/// Shows the position until it has not changed for two seconds.
+/// Shows the position until it has not changed for two seconds. A stage that somebody else keeps
+/// moving never stands still; then for two minutes.
 void WatchMotion(ModuleLibrary& module) {
+    const auto limit = std::chrono::steady_clock::now() + 120s;
     std::string last;
-    for (auto still = 0ms; still < 2s && !Interrupted(); still += 250ms) {
+    for (auto still = 0ms; still < 2s && !Interrupted() && std::chrono::steady_clock::now() < limit;
+         still += 250ms) {
         OviskData data;
         module.ZbOvisk_GetOviskData(data);
         const std::string position = PositionText(data.cposmr);

@@ -8,7 +8,7 @@ namespace simulator {
 
 namespace {
 
-constexpr Time Rest = std::chrono::seconds(3);
+constexpr Time Rest = std::chrono::seconds(6);
 constexpr double Reach = 50'000;
 // Turns a minute of each axis: with no common measure small enough for the figure to look still.
 constexpr std::array TurnsPerMinute{3.0, 2.0, 1.0};
