@@ -23,16 +23,21 @@ Decimal Low32(std::uintptr_t data) {
 
 std::atomic<bool> workerStarted{false};
 
-/// Of two threads that start the module at once, one starts the worker.
+/// Of two threads that start the module at once, one starts the worker. A worker that the system
+/// refuses is left to the next start.
 void StartWorkerOnce() {
     if (workerStarted.exchange(true)) {
         return;
     }
-    CommandEvent.store(OpenCommandEvent());
-    const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
-    if (worker != nullptr) {
-        CloseHandle(worker);
+    if (CommandEvent.load() == nullptr) {
+        CommandEvent.store(OpenCommandEvent());
     }
+    const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
+    if (worker == nullptr) {
+        workerStarted.store(false);
+        return;
+    }
+    CloseHandle(worker);
 }
 
 /// A controller that can't be asked, for whatever reason, does not keep the worker from starting.

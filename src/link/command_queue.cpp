@@ -17,14 +17,14 @@ union QueueStorage {
     constexpr QueueStorage() : empty() {}
     ~QueueStorage() {}
     char empty;
-    std::deque<PostedCommand> queue;
+    std::vector<PostedCommand> queue;
 };
 
 constinit QueueStorage storage;
 
 }  // namespace
 
-std::deque<PostedCommand>& CommandQueue = storage.queue;
+std::vector<PostedCommand>& CommandQueue = storage.queue;
 
 void MakeCommandQueue() {
     std::construct_at(&storage.queue);
@@ -54,18 +54,14 @@ bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) {
     if (CommandQueue.empty()) {
         return false;
     }
-    entry = std::move(CommandQueue.front());
-    CommandQueue.pop_front();
     auto kept = CommandQueue.begin();
-    for (auto next = kept; next != CommandQueue.end(); ++next) {
+    entry = std::move(*kept);
+    for (auto next = kept + 1; next != CommandQueue.end(); ++next) {
         if (next->id == entry.id) {
             entry.text = std::move(next->text);
             WriteLine("ZbComPopUniqueCommandNoLock POPPED!\n");
         } else {
-            if (kept != next) {
-                *kept = std::move(*next);
-            }
-            ++kept;
+            *kept++ = std::move(*next);
         }
     }
     CommandQueue.erase(kept, CommandQueue.end());

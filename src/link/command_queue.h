@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <string>
+#include <vector>
 
 #include "platform/lock_hold.h"
 
@@ -20,8 +20,9 @@ inline constexpr std::uint32_t HomingYId = 101;
 /// Guards CommandQueue. Held for one addition or one pop, never during an exchange.
 extern CRITICAL_SECTION CommandQueueLock;
 
-/// The commands that wait, in the order of posting. Any thread adds, only the worker takes.
-extern std::deque<PostedCommand>& CommandQueue ZB_GUARDED_BY(CommandQueueLock);
+/// The commands that wait, in the order of posting. Any thread adds, only the worker takes. Of a
+/// kind that allocates nothing before the first addition, since the load can't fail.
+extern std::vector<PostedCommand>& CommandQueue ZB_GUARDED_BY(CommandQueueLock);
 
 /// The event that wakes the worker before its poll time-out has passed: named, automatic reset.
 /// Null until the first start of the module; never closed. Written once, by the start.

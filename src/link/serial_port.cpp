@@ -26,6 +26,21 @@ constexpr DWORD ReadBytes = 255;
 constexpr ULONGLONG ReadLimitMilliseconds = 1000;
 constexpr std::size_t ReplyLimitBytes = std::size_t{64} * 1024;
 
+/// Whether the open port has its time-outs.
+bool timeOutsSet ZB_GUARDED_BY(ComLock) = false;
+
+/// Without its time-outs a port may hold a read or a write, and with it ComLock, for ever. So they
+/// are asked for again before anything is written, whatever became of the other settings.
+bool EnsureTimeOuts() ZB_REQUIRES(ComLock) {
+    COMMTIMEOUTS timeOuts = TimeOuts;
+    if (!timeOutsSet && !SetCommTimeouts(ComHandle, &timeOuts)) {
+        LogSystemError("ZbComOpen SetCommTimeouts Error: ", GetLastError());
+        return false;
+    }
+    timeOutsSet = true;
+    return true;
+}
+
 bool ConfigureOpenPort(const PortSettings& settings) ZB_REQUIRES(ComLock) {
     DCB line{};
     line.DCBlength = sizeof(line);
@@ -41,12 +56,7 @@ bool ConfigureOpenPort(const PortSettings& settings) ZB_REQUIRES(ComLock) {
         LogSystemError("ZbComOpen SetCommState Error: ", GetLastError());
         return false;
     }
-    COMMTIMEOUTS timeOuts = TimeOuts;
-    if (!SetCommTimeouts(ComHandle, &timeOuts)) {
-        LogSystemError("ZbComOpen SetCommTimeouts Error: ", GetLastError());
-        return false;
-    }
-    return true;
+    return EnsureTimeOuts();
 }
 
 }  // namespace
@@ -82,11 +92,12 @@ void ZbComClose() {
         CloseHandle(ComHandle);
         ComHandle = nullptr;
         OpenPortNumber = -1;
+        timeOutsSet = false;
     }
 }
 
 bool ZbComWrite(const std::string& command, bool logEnabled) {
-    if (ComHandle == nullptr) {
+    if (ComHandle == nullptr || !EnsureTimeOuts()) {
         return false;
     }
     TellLineListener(LineText::Sent, command);

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <memory>
+#include <new>
 #include <string_view>
 
 namespace {
@@ -164,8 +164,7 @@ void ZBR_Log::WriteFormatted(const char* format, ...) {
         return;
     }
     const auto size = static_cast<std::size_t>(length) + 1;
-    const std::unique_ptr<char, decltype(&std::free)> text(static_cast<char*>(std::malloc(size)),
-                                                           &std::free);
+    const std::unique_ptr<char[]> text(new (std::nothrow) char[size]);
     if (text == nullptr) {
         return;
     }

@@ -23,8 +23,9 @@ constexpr UINT FirstPercent = 25;
 
 std::atomic<bool> panelMade{false};
 
-/// The timer runs the position readout. The panel's thread only.
+/// The timer runs the position readout. The panel's thread only, as the next.
 bool PanelStreamPosition = false;
+bool timerRuns = false;
 
 void FillFields(HWND window) {
     const PortSettings settings = CurrentPortSettings();
@@ -38,9 +39,21 @@ void FillFields(HWND window) {
 }
 
 /// The timer runs for the panel's whole life, whether positions are streamed or not.
+void StartTimer(HWND window) {
+    timerRuns = SetTimer(window, 0, TimerMilliseconds, nullptr) != 0;
+}
+
 void Begin(HWND window) {
     FillFields(window);
-    SetTimer(window, 0, TimerMilliseconds, nullptr);
+    StartTimer(window);
+}
+
+/// A timer that the system has refused is asked for again.
+void ToggleStream(HWND window) {
+    if (!timerRuns) {
+        StartTimer(window);
+    }
+    PanelStreamPosition = !PanelStreamPosition;
 }
 
 void Hide(HWND window) {
@@ -77,7 +90,7 @@ INT_PTR Command(HWND window, int control) {
             return MyPanelSetLight(window, IDC_LIGHT_1_PERCENT, IDC_LIGHT_1_REPLY,
                                    PanelLamp1.setPrefix, PanelLamp1.query);
         case IDC_STREAM_POSITION:
-            PanelStreamPosition = !PanelStreamPosition;
+            ToggleStream(window);
             return 1;
         case IDC_SET_LIGHT_2:
             return MyPanelSetLight(window, IDC_LIGHT_2_PERCENT, IDC_LIGHT_2_REPLY,
@@ -120,16 +133,22 @@ INT_PTR Handle(HWND window, UINT message, WPARAM wParam) {
 
 /// The panel lives until the process ends, and its procedure has to be there as long: a host that
 /// unloads the module must not pull it away.
-void KeepModuleLoaded() {
+bool KeepModuleLoaded() {
     HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&MyPanelDialogProc), &module);
+    return GetModuleHandleExW(
+               GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+               reinterpret_cast<LPCWSTR>(&MyPanelDialogProc), &module) != FALSE;
+}
+
+/// Null when the system refuses it; the next start tries again.
+HWND CreatePanel() {
+    return KeepModuleLoaded() ? CreateDialogParamW(ModuleInstance, MAKEINTRESOURCEW(IDD_PANEL),
+                                                   nullptr, MyPanelDialogProc, 0)
+                              : nullptr;
 }
 
 void MakePanel() {
-    KeepModuleLoaded();
-    const HWND window = CreateDialogParamW(ModuleInstance, MAKEINTRESOURCEW(IDD_PANEL), nullptr,
-                                           MyPanelDialogProc, 0);
+    const HWND window = CreatePanel();
     if (window == nullptr) {
         panelMade.store(false);
         return;

@@ -39,11 +39,14 @@ OviskData SharedCopy() {
     return SharedStageData;
 }
 
-std::int32_t Scaled(std::int32_t counts, double scale) {
+/// As lround rounds, which would be a call of the C library, three times in each snapshot. What is
+/// added is the largest number below a half: with the half itself that number would become 1.
+inline std::int32_t Scaled(std::int32_t counts, double scale) {
     using Limits = std::numeric_limits<std::int32_t>;
-    const double quotient = static_cast<double>(counts) / scale;
-    return static_cast<std::int32_t>(
-        std::lround(std::clamp<double>(quotient, Limits::min(), Limits::max())));
+    constexpr double AlmostHalf = 0.49999999999999994;
+    const double quotient =
+        std::clamp<double>(static_cast<double>(counts) / scale, Limits::min(), Limits::max());
+    return static_cast<std::int32_t>(quotient + std::copysign(AlmostHalf, quotient));
 }
 
 }  // namespace
@@ -82,10 +85,15 @@ void MergeLamps(LabrReply&& reply) {
 
 void CopyStageData(OviskData& data) {
     const double scale = ScaleFactor.load();
-    data = SharedCopy();
-    data.cposmr.x = Scaled(data.cposmr.x, scale);
-    data.cposmr.y = Scaled(data.cposmr.y, scale);
-    data.cposmr.z = Scaled(data.cposmr.z, scale);
+    OviskData copy = SharedCopy();
+    // Before the texts are moved: the divisions are the longest part, and overlap with that.
+    const std::int32_t x = Scaled(copy.cposmr.x, scale);
+    const std::int32_t y = Scaled(copy.cposmr.y, scale);
+    const std::int32_t z = Scaled(copy.cposmr.z, scale);
+    data = std::move(copy);
+    data.cposmr.x = x;
+    data.cposmr.y = y;
+    data.cposmr.z = z;
 }
 
 Latches TakeLatches() {

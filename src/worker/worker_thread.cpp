@@ -48,7 +48,7 @@ void DrainCommands() {
 }
 
 void RunPasses() {
-    const HANDLE event = OpenCommandEvent();
+    HANDLE event = OpenCommandEvent();
     const DWORD pollTimeOut = ReadCommandPoll();
     ULONGLONG reloadTick = GetTickCount64();
     while (StopRequested.load() == 0) {
@@ -62,6 +62,9 @@ void RunPasses() {
             Poll();
         } else if (wait == WAIT_FAILED) {
             Sleep(pollTimeOut);  // A wait that fails at once would otherwise spin.
+            if (event == nullptr) {
+                event = OpenCommandEvent();
+            }
         }
         DrainCommands();
     }

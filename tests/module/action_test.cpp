@@ -129,7 +129,7 @@ TEST_F(ActionTest, CallbackThatThrowsEndsTheWorkerQuietly) {
         0.01, 0, 0, [](bool, bool, const McndReply*, std::intptr_t) { throw 1; }, 0));
     EXPECT_TRUE(Eventually([&] {
         controller->TakeRequestLog();
-        std::this_thread::sleep_for(500ms);
+        std::this_thread::sleep_for(3s);  // Longer than a worker that lives can wait for a reply.
         return controller->RequestLog().empty();
     }));
     log.Take();

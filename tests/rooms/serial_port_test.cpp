@@ -159,6 +159,7 @@ TEST_F(LineTest, RefusedLineSettingsLeaveThePortOpenAndAreNotTriedAgain) {
     const std::string begin = Opening + "ZbComOpen SetCommState Error: ";
     EXPECT_EQ(log.Take().substr(0, begin.size()), begin);
     EXPECT_EQ(PortThatIsOpen(), 3);
+    ExchangeLocked("@SMOD=1\r\n", reply);  // Comes back, whatever it reads.
     const ComLockHold hold;
     EXPECT_EQ(ZbComOpen(), 1);
 }

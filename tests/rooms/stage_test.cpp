@@ -35,7 +35,7 @@ TEST_F(StageTest, PositionsAreScaledAndRounded) {
         {100.0, -149, -1},  {100.0, 0, 0},       {250.5, 501, 2},
         {-10.0, 100, -10},  {1.0, Least, Least}, {1e-6, 1000, 1000000000},
         {1e-9, 1000, Most}, {1e-300, -1, Least}, {-1.0, Least, Most},
-        {1e300, Most, 0},
+        {1e300, Most, 0},   {2.0, -1, -1},       {6.000000000000001, 3, 0},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(testing::Message() << test.counts << " / " << test.scale);

@@ -109,7 +109,9 @@ DWORD SerialPort::Read(char* buffer, DWORD size, DWORD& count) {
         if (got > 0) {
             count += static_cast<DWORD>(got);
             timer.BytesCame();
-        } else if (!line_->AwaitBytes(timer.Limit())) {
+        }
+        // What was there has been taken: another read at once would mostly find nothing.
+        if (count < size && !line_->AwaitBytes(timer.Limit())) {
             return ERROR_SUCCESS;
         }
     }
