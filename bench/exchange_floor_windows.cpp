@@ -3,13 +3,11 @@
 namespace {
 
 /// The waits that every exchange has: 10 ms of pause and 20 ms of idle line.
-constexpr double PrescribedSeconds = 0.030;
-
-void Floor(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        state.SetIterationTime(PrescribedSeconds);
-    }
-}
-BENCHMARK(Floor)->Name("exchange/floor")->Apply(MeasureOneByOne);
+class Floor {
+  public:
+    explicit Floor(const Pace& /*pace*/) {}
+    double Exchange() { return 0.030; }
+};
+[[maybe_unused]] const bool registered = RegisterExchange<Floor>("floor");
 
 }  // namespace

@@ -1,6 +1,13 @@
 #include "snapshot_bench.h"
 
+#include "controller/controller_line.h"
 #include "host/zb_ovisk.h"
+#include "running_worker.h"
+
+void EnsureWorker() {
+    static test_support::SimulatedController controller;
+    static const RunningWorker worker("[Ovisk]\nCmdPoll=0\n");
+}
 
 namespace {
 
@@ -13,6 +20,13 @@ void Snapshot(benchmark::State& state) {
     }
 }
 BENCHMARK(Snapshot)->Name("snapshot/module")->Apply(MeasureReaders);
+BENCHMARK(Snapshot)->Name("scaled/module")->Apply(MeasureReaders);
+
+void SnapshotBesideWorker(benchmark::State& state) {
+    EnsureWorker();
+    Snapshot(state);
+}
+BENCHMARK(SnapshotBesideWorker)->Name("beside/module")->Apply(MeasureReaders);
 
 void TakeAndClear(benchmark::State& state) {
     bool anySwitch = false;

@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <mutex>
 
 #include "stage/ovisk_data.h"
@@ -10,6 +11,9 @@
 inline void MeasureReaders(benchmark::internal::Benchmark* bench) {
     bench->Threads(1)->Threads(4)->Threads(16)->UseRealTime()->Repetitions(5)->MinTime(0.04);
 }
+
+/// Has the module's worker poll a controller without a pause, from then on.
+void EnsureWorker();
 
 /// Both sides of the latch rows.
 inline void MeasureLatches(benchmark::internal::Benchmark* bench) {
@@ -22,12 +26,15 @@ class SnapshotFloors {
   public:
     static bool Register() {
         benchmark::RegisterBenchmark("snapshot/floor", Copy)->Apply(MeasureReaders);
+        benchmark::RegisterBenchmark("scaled/floor", CopyAndScale)->Apply(MeasureReaders);
+        benchmark::RegisterBenchmark("beside/floor", CopyBesideWorker)->Apply(MeasureReaders);
         benchmark::RegisterBenchmark("latches/floor", Clear)->Apply(MeasureLatches);
         return true;
     }
 
   private:
-    static void Copy(benchmark::State& state) {
+    template <typename After>
+    static void CopyAnd(benchmark::State& state, After after) {
         OviskData copy;
         OviskData data;
         for ([[maybe_unused]] auto _ : state) {
@@ -37,9 +44,30 @@ class SnapshotFloors {
             }
             benchmark::DoNotOptimize(copy);
             data = copy;
+            after(data.cposmr);
             benchmark::DoNotOptimize(data);
             benchmark::ClobberMemory();
         }
+    }
+
+    static void Copy(benchmark::State& state) {
+        CopyAnd(state, [](CposmrReply&) {});
+    }
+
+    /// With what the snapshot has to do besides: divide and round three numbers.
+    static void CopyAndScale(benchmark::State& state) {
+        double scale = 100.0;
+        benchmark::DoNotOptimize(scale);
+        CopyAnd(state, [scale](CposmrReply& position) {
+            position.x = static_cast<std::int32_t>(std::lround(position.x / scale));
+            position.y = static_cast<std::int32_t>(std::lround(position.y / scale));
+            position.z = static_cast<std::int32_t>(std::lround(position.z / scale));
+        });
+    }
+
+    static void CopyBesideWorker(benchmark::State& state) {
+        EnsureWorker();
+        Copy(state);
     }
 
     static void Clear(benchmark::State& state) {

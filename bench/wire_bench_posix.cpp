@@ -10,12 +10,9 @@
 #include <thread>
 
 #include "controller/controller_line.h"
-#include "host/start_stop.h"
-#include "link/command_queue.h"
 #include "platform/posix/machine.h"
-#include "support/machine.h"
+#include "running_worker.h"
 #include "worker/lights.h"
-#include "worker/worker_thread.h"
 
 namespace {
 
@@ -61,21 +58,6 @@ StampingPeer& Peer() {
     static StampingPeer peer;
     return peer;
 }
-
-/// The module's worker with nothing to poll for.
-class IdleWorker {
-  public:
-    IdleWorker() {
-        Peer();
-        test_support::WriteSettings("[Ovisk]\nCmdPoll=600000\n");
-        StartModule(0);
-    }
-    ~IdleWorker() {
-        StopRequested.store(1);
-        SetEvent(CommandEvent.load());
-        StopModule(0);
-    }
-};
 
 /// A thread that does nothing but wake and write.
 class BareWorker {
@@ -135,7 +117,8 @@ void Floor(benchmark::State& state) {
 BENCHMARK(Floor)->Name("wire/floor")->Apply(Measure);
 
 void Module(benchmark::State& state) {
-    static const IdleWorker worker;
+    Peer();
+    static const RunningWorker worker("[Ovisk]\nCmdPoll=600000\n");
     MeasurePost(state, [] { SetLight(3, 255); });
 }
 BENCHMARK(Module)->Name("wire/module")->Apply(Measure);

@@ -1,26 +1,13 @@
-#include <benchmark/benchmark.h>
 #include <emmintrin.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
-#include <memory>
 
-#include "controller/log_tap.h"
-#include "log/zbr_log.h"
-#include "support/window.h"
+#include "log_bench.h"
 
 namespace {
-
-constexpr const char* Piece = "ZbComRead timeout retry\n";
-constexpr std::size_t NearlyFull = LogBlockCharacters - 10;
-
-void Fill(WCHAR* block, std::size_t used) {
-    std::fill_n(block, used, WCHAR{'x'});
-    block[used] = 0;
-}
 
 /// The bare channel: a mutex that survives its owner, and a block.
 class BareChannel {
@@ -68,39 +55,6 @@ class BareChannel {
 };
 static_assert(LogBlockCharacters % 8 == 0);
 
-void Measure(benchmark::internal::Benchmark* bench) {
-    bench->Arg(0)->Arg(NearlyFull)->Repetitions(5)->MinTime(0.03);
-}
-
-/// Writes pieces into a block that has so many characters each time.
-template <typename Write>
-void WritePieces(benchmark::State& state, WCHAR* block, Write write) {
-    const auto used = static_cast<std::size_t>(state.range(0));
-    Fill(block, used);
-    for ([[maybe_unused]] auto _ : state) {
-        block[used] = 0;
-        benchmark::ClobberMemory();
-        write(Piece);
-    }
-}
-
-void Floor(benchmark::State& state) {
-    static BareChannel channel;
-    WritePieces(state, channel.Characters(), [](const char* text) { channel.Write(text); });
-}
-BENCHMARK(Floor)->Name("log/floor")->Apply(Measure);
-BENCHMARK(Floor)->Name("log_viewer/floor")->Apply(Measure);
-
-void Module(benchmark::State& state) {
-    static test_support::LogBlock shared;
-    WritePieces(state, shared.Characters(), [](const char* text) { LogChannel.WriteText(text); });
-}
-BENCHMARK(Module)->Name("log/module")->Apply(Measure);
-
-void ModuleWithViewer(benchmark::State& state) {
-    const test_support::Window viewer(WIDE("Zembra Log"));
-    Module(state);
-}
-BENCHMARK(ModuleWithViewer)->Name("log_viewer/module")->Apply(Measure);
+[[maybe_unused]] const bool registered = RegisterLogFloor<BareChannel>();
 
 }  // namespace
