@@ -24,21 +24,15 @@ std::atomic<HWND> ManualHomingDialog{nullptr};
 /// The pictures of the four states. The dialog's thread only.
 std::array<HBITMAP, 4> ManualHomingBitmaps{};
 
-void Focus(HWND dialog, HWND button) {
-    SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(button), TRUE);
-}
-
-/// A button that is disabled while it has the focus takes the keyboard with it, Escape included:
-/// the focus goes to Cancel first, and comes back to OK when that can be pressed again.
+/// A button that is disabled while it has the focus takes the keyboard with it, Escape included. So
+/// the focus goes to the text, where Enter means OK when that can be pressed, and else nothing: on
+/// Cancel, a second Enter would end the procedure.
 void EnableOk(HWND dialog, bool enabled) {
-    const HWND ok = GetDlgItem(dialog, IDOK);
     if (!enabled) {
-        Focus(dialog, GetDlgItem(dialog, IDCANCEL));
+        const HWND text = GetDlgItem(dialog, IDC_HOMING_TEXT);
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(text), TRUE);
     }
-    EnableWindow(ok, enabled ? TRUE : FALSE);
-    if (enabled) {
-        Focus(dialog, ok);
-    }
+    EnableWindow(GetDlgItem(dialog, IDOK), enabled ? TRUE : FALSE);
 }
 
 void Show(HWND dialog, const WCHAR* text, bool okEnabled, std::uint32_t state) {

@@ -23,14 +23,12 @@ Decimal Low32(std::uintptr_t data) {
 
 std::atomic<bool> workerStarted{false};
 
-/// Of two threads that start the module at once, one starts the worker. A worker that the system
-/// refuses is left to the next start.
+/// Of two threads that start the module at once, one starts the worker. An event or a worker that
+/// the system refuses is left to the next start.
 void StartWorkerOnce() {
+    EnsureCommandEvent();
     if (workerStarted.exchange(true)) {
         return;
-    }
-    if (CommandEvent.load() == nullptr) {
-        CommandEvent.store(OpenCommandEvent());
     }
     const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
     if (worker == nullptr) {

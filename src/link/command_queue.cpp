@@ -38,6 +38,17 @@ HANDLE OpenCommandEvent() {
     return CreateEventW(nullptr, FALSE, FALSE, WIDE("ZbOvisk_ComEvent"));
 }
 
+void EnsureCommandEvent() {
+    if (CommandEvent.load() != nullptr) {
+        return;
+    }
+    const HANDLE made = OpenCommandEvent();
+    HANDLE kept = nullptr;
+    if (made != nullptr && !CommandEvent.compare_exchange_strong(kept, made)) {
+        CloseHandle(made);
+    }
+}
+
 bool PostCommand(std::uint32_t id, const std::string& text) {
     PostedCommand command{id, text};
     {

@@ -25,8 +25,11 @@ extern CRITICAL_SECTION CommandQueueLock;
 extern std::vector<PostedCommand>& CommandQueue ZB_GUARDED_BY(CommandQueueLock);
 
 /// The event that wakes the worker before its poll time-out has passed: named, automatic reset.
-/// Null until the first start of the module; never closed. Written once, by the start.
+/// Null until the first start of the module; never closed. Written once, by a start.
 extern std::atomic<HANDLE> CommandEvent;
+
+/// Makes CommandEvent unless it is there; it stays null when the system refuses. Any thread.
+void EnsureCommandEvent();
 
 /// Makes a handle to the event, creating the event if nobody has. Null when the system refuses.
 HANDLE OpenCommandEvent();

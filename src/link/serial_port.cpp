@@ -97,12 +97,15 @@ void ZbComClose() {
 }
 
 bool ZbComWrite(const std::string& command, bool logEnabled) {
-    if (ComHandle == nullptr || !EnsureTimeOuts()) {
+    if (ComHandle == nullptr) {
         return false;
     }
     TellLineListener(LineText::Sent, command);
     if (logEnabled) {
         WriteLine("ZbComWrite: ", command, "\n");
+    }
+    if (!EnsureTimeOuts()) {
+        return false;
     }
     DWORD written = 0;
     if (!WriteFile(ComHandle, command.data(), static_cast<DWORD>(command.size()), &written,

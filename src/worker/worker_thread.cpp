@@ -60,13 +60,14 @@ void RunPasses() {
         const DWORD wait = WaitForSingleObject(event, pollTimeOut);
         if (wait == WAIT_TIMEOUT) {
             Poll();
-        } else if (wait == WAIT_FAILED) {
+        }
+        DrainCommands();
+        if (wait == WAIT_FAILED) {
             Sleep(pollTimeOut);  // A wait that fails at once would otherwise spin.
             if (event == nullptr) {
                 event = OpenCommandEvent();
             }
         }
-        DrainCommands();
     }
 }
 

@@ -26,7 +26,10 @@ TEST_F(LogTest, BlockTakesWholeTextsUpToItsLimit) {
     } cases[] = {
         {0, 4999, true},   {0, 5000, false}, {0, 20000, false}, {4990, 9, true},
         {4990, 10, false}, {4999, 0, true},  {4999, 1, false},  {2500, 2499, true},
-        {199, 1, true},    {200, 1, true},   {201, 4798, true},
+        {31, 1, true},     {32, 1, true},    {120, 1, true},    {200, 4799, true},
+        {280, 1, true},    {319, 1, true},   {320, 1, true},    {321, 4678, true},
+        {4799, 1, true},   {4800, 1, true},  {4801, 1, true},   {4991, 1, true},
+        {4992, 7, true},   {4993, 6, true},  {4998, 1, true},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(testing::Message() << test.held << " + " << test.added);

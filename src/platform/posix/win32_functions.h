@@ -151,7 +151,7 @@ HWND FindWindowW(LPCWSTR className, LPCWSTR title);
 
 /// Keeps the module that holds `address` loaded until the process ends, whoever unloads it. Flags
 /// must be GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS. FALSE with
-/// ERROR_MOD_NOT_FOUND if the address is in no library; a program's own address need not be kept.
+/// ERROR_MOD_NOT_FOUND if the address is in no library, as the program's own are.
 BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
 
 // ---- Dialogs -------------------------------------------------------------------------------
