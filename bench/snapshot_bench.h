@@ -35,9 +35,9 @@ class SnapshotFloors {
   private:
     template <typename After>
     static void CopyAnd(benchmark::State& state, After after) {
-        OviskData copy;
         OviskData data;
         for ([[maybe_unused]] auto _ : state) {
+            OviskData copy;  // Of each call's own: any thread may read.
             {
                 const std::lock_guard hold(lock_);
                 copy = shared_;
