@@ -213,5 +213,6 @@ inline LPCWSTR MAKEINTRESOURCEW(int number) {
 /// Bytes only between InitializeCriticalSection and DeleteCriticalSection, and never copied.
 struct ZB_CAPABILITY("mutex") CRITICAL_SECTION {
     pthread_mutex_t mutex;
+    bool made;  ///< Written when no other thread can use it yet, or any more.
 };
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
