@@ -112,8 +112,8 @@ ULONGLONG GetTickCount64();
 // ---- Critical sections ---------------------------------------------------------------------
 
 /// A lock between the threads of one process that its owner may take again; it takes as many
-/// leaves. Deleting one that is held is an error of the caller; using one that has not been made, or
-/// has been deleted, ends the process.
+/// leaves. Deleting one that is held is an error of the caller; using one that has not been made,
+/// or has been deleted, ends the process.
 void InitializeCriticalSection(LPCRITICAL_SECTION section);
 void DeleteCriticalSection(LPCRITICAL_SECTION section);
 void EnterCriticalSection(LPCRITICAL_SECTION section) ZB_ACQUIRE(*section);
