@@ -6,7 +6,6 @@
 
 /// Rows are named `row/floor` and `row/module`; `table` sets them beside each other.
 int main(int argc, char** argv) {
-    static const StaticStage stage;
     AttachProcess(nullptr);
     // A process that has never had a second thread gets cheaper locks than any host has.
     std::thread([] {}).join();

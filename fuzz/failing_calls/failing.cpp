@@ -78,7 +78,8 @@ void NoteFailure(const Source& source) {
     const bool isLoading = theWorld->module == nullptr;
     outcome.settingsFailed =
         outcome.settingsFailed || (isLoading && name.starts_with("GetPrivateProfile"));
-    outcome.threadFailed = outcome.threadFailed || name == "CreateThread";
+    outcome.threadFailed =
+        outcome.threadFailed || name == "CreateThread" || name == "GetModuleHandleExW";
     if (&source == &Memory) {
         outcome.memoryFailed = true;
         outcome.workerMemoryFailed = outcome.workerMemoryFailed || !isHost;

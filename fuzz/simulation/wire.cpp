@@ -54,6 +54,7 @@ void Wire::Receive(std::string_view bytes, std::chrono::nanoseconds /*now*/) {
 void Wire::Judge(const std::string& thread, const std::string& request) {
     Require(IsKnownRequest(request), "a request that does not exist", request);
     if (thread == Worker) {
+        Require(!workerIsOver_, "the worker sends something after the stop", request);
         world->moves.WorkerAsks(request.starts_with("@MCND"));
     }
     if (request.starts_with("@LBRT")) {

@@ -38,6 +38,9 @@ class Wire : public LocalPeer {
     /// more.
     void ExpectLife();
 
+    /// From now on a request of the worker breaks the rule.
+    void WorkerMustBeSilent() { workerIsOver_ = true; }
+
     /// The exchange that a thread ran last.
     const Exchange& LastOf(const std::string& thread) { return exchanges_[thread]; }
     /// What the worker's exchange, as far as it is read, would add to the record.
@@ -74,6 +77,7 @@ class Wire : public LocalPeer {
     Time lineFree_{0};
     Time startedAt_{0};
     bool pluggedIn_ = true;
+    bool workerIsOver_ = false;
     std::uint64_t calmSince_ = UINT64_MAX;
     int pollsSinceCalm_ = 0;
     int pollsAllowed_ = 0;

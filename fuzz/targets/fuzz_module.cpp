@@ -47,7 +47,6 @@ Peer& BringUp() {
     static const bool isUp = [] {
         virtual_time::Start();
         std::filesystem::create_directories(std::filesystem::path(SettingsPath()).parent_path());
-        static const StaticStage stage;
         static LocalPort port(PortNumber, peer);
         AttachProcess(nullptr);
         return true;

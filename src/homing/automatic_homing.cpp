@@ -20,6 +20,13 @@ std::atomic<bool> dialogOpen{false};
 /// The dialog's thread only.
 HBITMAP AutoHomingBitmap = nullptr;
 
+/// Takes back what the run before has posted and the worker has not sent: the operator is asked
+/// anew, and a Cancel must not be followed by a start.
+void WithdrawStarts() {
+    WithdrawCommand(AutoXRequest);
+    WithdrawCommand(AutoYRequest);
+}
+
 void StartDialog(HWND dialog, State& homing) {
     PlaceHomingDialog(dialog);
     SetWindowTextW(dialog, homing.caption);
@@ -27,6 +34,7 @@ void StartDialog(HWND dialog, State& homing) {
     AutoHomingBitmap = LoadPicture(IDB_COLUMN_UP);
     ShowPicture(dialog, AutoHomingBitmap);
     homing.state.Begin(State::Confirmation);
+    WithdrawStarts();
     SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
 }
 
@@ -86,9 +94,12 @@ void Fail(State& homing, HomingState::Moment now) {
 void StepX(State& homing, HomingState::Moment now) {
     switch (LookAt(XStatusField, "MyIsCncOriginRestorationCompletedX")) {
         case Progress::Finished:
-            // A run that was broken off meanwhile must not start Y.
-            if (homing.state.MoveOn(now, State::YReturn)) {
-                PostCommand(HomingYId, AutoYRequest);
+            // A run that was broken off meanwhile must not start Y. The dialog takes its state
+            // first and then what is posted, this thread the other way round: one of the two sees
+            // the start, which only this thread can send.
+            PostCommand(HomingYId, AutoYRequest);
+            if (!homing.state.MoveOn(now, State::YReturn)) {
+                WithdrawCommand(AutoYRequest);
             }
             break;
         case Progress::Failed:

@@ -1,21 +1,16 @@
 #include "host/process_attach.h"
 
-namespace {
-
-const StaticStage staticStage;
-
-}  // namespace
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID processEnds) {
     if (reason == DLL_PROCESS_ATTACH) {
         AttachProcess(module);
+    } else if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
+        DetachProcess();
     }
     return TRUE;
 }
 
 namespace {
 
-// Behind the static stage, in one file: attach finds it standing, whoever calls the entry.
-const ProcessAttach processAttach{DllMain};
+const ModuleLife moduleLife{DllMain};
 
 }  // namespace

@@ -9,25 +9,22 @@
 #include "stage/stage_data.h"
 #include "worker/moves.h"
 
-StaticStage::StaticStage() {
+void AttachProcess(HINSTANCE module) {
     MakeStageData();
     MakeCommandQueue();
     MakeComLock();
-}
-
-StaticStage::~StaticStage() {
-    FreeComLock();
-    FreeCommandQueue();
-    ReleaseStageData();
-    LogChannel.Close();
-}
-
-void AttachProcess(HINSTANCE module) {
     ModuleInstance = module;
     InitializeCriticalSection(&PortSettingsLock);
     InitializeCriticalSection(&CommandQueueLock);
     InitializeCriticalSection(&StageDataLock);
-    MakeMoveLocks();
+    MakeMoveLock();
     MakePanelLock();
     ReadSettingsAtLoad();
+}
+
+void DetachProcess() {
+    FreeComLock();
+    FreeCommandQueue();
+    ReleaseStageData();
+    LogChannel.Close();
 }

@@ -6,6 +6,7 @@
 #include "homing/manual_homing.h"
 #include "link/command_queue.h"
 #include "link/exchange.h"
+#include "link/line_gate.h"
 #include "log/log_line.h"
 #include "panel/panel.h"
 #include "worker/worker_thread.h"
@@ -23,19 +24,30 @@ Decimal Low32(std::uintptr_t data) {
 
 std::atomic<bool> workerStarted{false};
 
+/// Starts the worker with a hold on the library, which it gives back as it ends: a host may unload
+/// the library at any time. False when the system refuses.
+bool StartWorker() {
+    HMODULE library = nullptr;
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                            reinterpret_cast<LPCWSTR>(&MyWorkerThread), &library)) {
+        return false;
+    }
+    const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
+    if (worker == nullptr) {
+        FreeLibrary(library);
+        return false;
+    }
+    CloseHandle(worker);
+    return true;
+}
+
 /// Of two threads that start the module at once, one starts the worker. An event or a worker that
 /// the system refuses is left to the next start.
 void StartWorkerOnce() {
     EnsureCommandEvent();
-    if (workerStarted.exchange(true)) {
-        return;
-    }
-    const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
-    if (worker == nullptr) {
+    if (!workerStarted.exchange(true) && !StartWorker()) {
         workerStarted.store(false);
-        return;
     }
-    CloseHandle(worker);
 }
 
 /// A controller that can't be asked, for whatever reason, does not keep the worker from starting.
@@ -68,6 +80,7 @@ void StopModule(std::uintptr_t data) {
     StopRequested.store(1);
     WaitForWorker();
     WriteLine("OviskCmd_Shutdown closing comms\n");
+    ShutWorkerOut();
     ClosePortWhenFree();
     WriteLine("OviskCmd_Shutdown finished\n");
 }

@@ -11,7 +11,8 @@ extern std::atomic<std::uint8_t> AutoHomingMode;
 void StartModule(std::uintptr_t data);
 
 /// `OviskCmd_Shutdown`: asks the worker to end, waits for it for at most 200 sleeps of 10 ms, and
-/// closes the port; an exchange that still runs closes it as it ends.
+/// closes the port; an exchange that still runs closes it as it ends. A worker that is not over by
+/// then sends nothing more.
 void StopModule(std::uintptr_t data);
 
 /// `OviskCmd_Home`: runs the homing dialog that `AutoHomingMode` selects, on the caller's thread,

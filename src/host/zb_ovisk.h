@@ -11,10 +11,12 @@
 /// Order of calls. The module is loaded once. `OviskCmd_Startup` opens the port, puts the
 /// controller into remote mode and starts the worker, which from then on keeps the record current.
 /// The other exports may be called at any time, from any thread; none of them waits for the serial
-/// line but where it says so. `OviskCmd_Shutdown` stops the worker and closes the port; a module
-/// that was stopped is not started again within the process. A host that unloads the library sends
-/// it first and unloads only when the worker is over: a shutdown that took less than its two
-/// seconds has seen it end, and a moment later its thread has left the library.
+/// line but where it says so. `OviskCmd_Shutdown` stops the worker and closes the port: from then
+/// on nothing is sent but what the host itself asks for. A module that was stopped is not started
+/// again before it has been unloaded.
+///
+/// A host may unload the library, or end its process, at any time. A worker that still runs holds
+/// the library until it is over, which without a shutdown is never.
 ///
 ///     OVISK_ZbrCmd(OviskCmd_Startup, 0);
 ///     OviskData data;                          // constructed, owned by the host
@@ -47,6 +49,8 @@ enum OviskCommand : std::uint32_t {
     /// the library stays loaded until the process ends, since the panel does.
     OviskCmd_Startup = 1,
     /// data: only logged. Waits for the worker for about two seconds at most, then closes the port.
+    /// What was posted before goes out if that takes no longer; after it the worker sends nothing,
+    /// also when a dead line comes back.
     OviskCmd_Shutdown = 2,
     /// data: the window handle of the dialog's parent. Runs a homing dialog on the caller's thread,
     /// which has to be a window thread, and returns when it has closed: after manual homing, or as

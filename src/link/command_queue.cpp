@@ -1,10 +1,14 @@
 #include "link/command_queue.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
 #include <memory>
 #include <utility>
 
 #include "link/exchange.h"
+#include "link/line_gate.h"
 #include "log/log_line.h"
 
 CRITICAL_SECTION CommandQueueLock;
@@ -21,6 +25,14 @@ union QueueStorage {
 };
 
 constinit QueueStorage storage;
+
+/// The beginning of the text that was taken last, long enough to tell the starts of homing.
+std::array<char, 16> takenText ZB_GUARDED_BY(CommandQueueLock){};
+
+void NoteTaken(const char* text) ZB_REQUIRES(CommandQueueLock) {
+    std::snprintf(takenText.data(), takenText.size(), "%s", text);
+    SetPostedCommandCalledOff(false);
+}
 
 }  // namespace
 
@@ -63,6 +75,7 @@ bool PostCommand(std::uint32_t id, const std::string& text) {
 
 bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) {
     if (CommandQueue.empty()) {
+        NoteTaken("");
         return false;
     }
     auto kept = CommandQueue.begin();
@@ -76,7 +89,16 @@ bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) {
         }
     }
     CommandQueue.erase(kept, CommandQueue.end());
+    NoteTaken(entry.text.c_str());
     return true;
+}
+
+void WithdrawCommand(const char* text) {
+    const LockHold hold(CommandQueueLock);
+    std::erase_if(CommandQueue, [=](const PostedCommand& command) { return command.text == text; });
+    if (std::strcmp(takenText.data(), text) == 0) {
+        SetPostedCommandCalledOff(true);
+    }
 }
 
 bool CommandWaits(std::uint32_t id) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "link/line_gate.h"
 #include "link/protocol.h"
 #include "log/log_line.h"
 #include "settings/settings.h"
@@ -11,9 +12,14 @@ namespace {
 /// When an exchange last failed to open the port or to write; 0 when none has.
 ULONGLONG LastFailureTick ZB_GUARDED_BY(ComLock) = 0;
 
+std::uint64_t exchangeCount ZB_GUARDED_BY(ComLock) = 0;
+
 }  // namespace
 
 bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled) {
+    if (!MayUseLine()) {
+        return false;
+    }
     if (CurrentPortSettings().Port < 0) {
         WriteLine("ZbComOpenWriteRead BAD PORT\n");
         return false;
@@ -43,10 +49,14 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     return true;
 }
 
-bool ExchangeLocked(const char* command, std::string& reply) {
+bool ExchangeLocked(const char* command, std::string& reply, std::uint64_t* number) {
     const std::string text(command);
     const bool logEnabled = SerialLogEnabled.load() != 0;
     const ComLockHold hold;
+    ++exchangeCount;
+    if (number != nullptr) {
+        *number = exchangeCount;
+    }
     return ZbComOpenWriteRead(text, reply, logEnabled);
 }
 

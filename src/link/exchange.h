@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "link/com_lock.h"
@@ -11,8 +12,10 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     ZB_REQUIRES(ComLock);
 
 /// ZbComOpenWriteRead as one whole under ComLock. `command` is zero-terminated and carries its own
-/// line end. Any thread; waits for the exchange that runs.
-bool ExchangeLocked(const char* command, std::string& reply) ZB_EXCLUDES(ComLock);
+/// line end. Any thread; waits for the exchange that runs. `number`, unless it is null, gets the
+/// place of this exchange among all: a later one has a greater number.
+bool ExchangeLocked(const char* command, std::string& reply, std::uint64_t* number = nullptr)
+    ZB_EXCLUDES(ComLock);
 
 /// Puts the controller into remote mode and drops the reply. Always 1.
 int MyRemoteEnable() ZB_EXCLUDES(ComLock);

@@ -20,10 +20,11 @@ bool HasReplyForm(const char* text, const char* prefix) {
 
 }  // namespace
 
-bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer) {
+bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer,
+                     std::uint64_t* number) {
     std::string reply;
     const DWORD start = SerialLogEnabled.load() != 0 ? GetTickCount() : 0;
-    if (!ExchangeLocked(command, reply)) {
+    if (!ExchangeLocked(command, reply, number)) {
         WriteLine("BADCMD2 send=", command, "\n");
         return false;
     }

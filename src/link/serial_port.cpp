@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "link/line_gate.h"
 #include "link/line_listener.h"
 #include "log/log_line.h"
 #include "settings/settings.h"
@@ -105,6 +106,10 @@ bool ZbComWrite(const std::string& command, bool logEnabled) {
         WriteLine("ZbComWrite: ", command, "\n");
     }
     if (!EnsureTimeOuts()) {
+        return false;
+    }
+    // Now and no sooner: to get here may have taken seconds.
+    if (!MayUseLine()) {
         return false;
     }
     DWORD written = 0;

@@ -23,9 +23,10 @@ int ZbComOpen() ZB_REQUIRES(ComLock);
 void ZbComClose() ZB_REQUIRES(ComLock);
 
 /// Writes the text as it stands, with the line end that it carries. False when the port is closed,
-/// or with a log line when the write failed, or when the port still has no time-outs: nothing is
-/// then written. `logEnabled` turns the line with the text on. The line's listener hears the text
-/// first, even if the write then fails, and a reply once it is whole.
+/// or the line's gate to this thread, or with a log line when the write failed, or when the port
+/// still has no time-outs: nothing is then written. `logEnabled` turns the line with the text on.
+/// The line's listener hears the text first, even if the write then fails, and a reply once it is
+/// whole.
 bool ZbComWrite(const std::string& command, bool logEnabled) ZB_REQUIRES(ComLock);
 
 /// Reads until a line-feed has come. `reply` is emptied first and takes every byte up to the end of

@@ -54,6 +54,7 @@ void FillBufferBoxes(HWND panel) {
     {
         const LockHold hold(boxLock);
         boxes.panel = panel;
+        boxes.isPosted = false;
     }
     ListenToLine(Hear);
 }

@@ -13,7 +13,7 @@ inline constexpr UINT BufferBoxesMessage = WM_APP + 1;
 /// Makes the lock of the boxes ready. Part of process attach.
 void MakePanelLock();
 
-/// From now on the texts of the line go to this panel. Once, on the panel's thread.
+/// From now on the texts of the line go to this panel. On the panel's thread.
 void FillBufferBoxes(HWND panel);
 
 /// Shows the newest texts. The panel's thread.

@@ -21,7 +21,8 @@ constexpr UINT ShowMessage = WM_APP + 2;
 constexpr UINT TimerMilliseconds = 2000;
 constexpr UINT FirstPercent = 25;
 
-std::atomic<bool> panelMade{false};
+/// A start is at work on the panel; another one leaves it to that.
+std::atomic<bool> panelIsBeingMade{false};
 
 /// The timer runs the position readout. The panel's thread only, as the next.
 bool PanelStreamPosition = false;
@@ -44,6 +45,7 @@ void StartTimer(HWND window) {
 }
 
 void Begin(HWND window) {
+    PanelStreamPosition = false;
     FillFields(window);
     StartTimer(window);
 }
@@ -124,7 +126,10 @@ INT_PTR Handle(HWND window, UINT message, WPARAM wParam) {
             WriteBufferBoxes(window);
             return 1;
         case ShowMessage:
-            ShowWindow(window, SW_SHOWNORMAL);
+            // A panel that is there already must not take the keyboard from the host.
+            if (!IsWindowVisible(window)) {
+                ShowWindow(window, SW_SHOWNORMAL);
+            }
             return 1;
         default:
             return 0;
@@ -150,7 +155,6 @@ HWND CreatePanel() {
 void MakePanel() {
     const HWND window = CreatePanel();
     if (window == nullptr) {
-        panelMade.store(false);
         return;
     }
     PanelWindow.store(window);
@@ -163,15 +167,18 @@ void MakePanel() {
 }  // namespace
 
 void ShowPanelIfWanted() {
-    if (!ReadPanelWanted()) {
+    if (!ReadPanelWanted() || panelIsBeingMade.exchange(true)) {
         return;
     }
-    if (!panelMade.exchange(true)) {
+    // A panel goes with its thread, and nobody is told.
+    const HWND window = PanelWindow.load();
+    if (window == nullptr || !IsWindow(window)) {
         MakePanel();
-    } else if (const HWND window = PanelWindow.load()) {
+    } else {
         // Its thread may be another one, and busy; the start does not wait for it.
         PostMessageW(window, ShowMessage, 0, 0);
     }
+    panelIsBeingMade.store(false);
 }
 
 INT_PTR CALLBACK MyPanelDialogProc(HWND window, UINT message, WPARAM wParam, LPARAM) {

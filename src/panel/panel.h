@@ -8,7 +8,8 @@
 /// thread that made it, which an action holds for as long as its exchange takes, behind the
 /// exchange under way; with a silent controller that is seconds.
 
-/// The panel's window; null until the first start that wants it, then for the life of the process.
+/// The panel's window; null until the first start that wants it. A panel goes with its thread; the
+/// next start then makes a new one.
 extern std::atomic<HWND> PanelWindow;
 
 /// Shows the panel if the settings file asks for it: makes it at the first call, on the caller's

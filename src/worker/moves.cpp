@@ -14,18 +14,15 @@ namespace {
 
 constexpr double CountsPerUnit = 1000000.0;
 
-/// Held from the request of a move until it is watched, so that two threads' moves are watched in
-/// the order in which the controller took them. Taken before ComLock and moveLock.
-CRITICAL_SECTION moveOrderLock;
-
 /// Guards the watch; held for a few stores.
 CRITICAL_SECTION moveLock;
 
-/// The last accepted move. The number tells a move from the one before it.
+/// The accepted move that the controller took last. The number is that of its exchange: of two
+/// threads' moves the one with the greater number stays, whichever thread comes here first.
 struct Watch {
     CncNotifyCallback MoveCallback = nullptr;
     std::intptr_t MoveData = 0;
-    std::uint32_t number = 0;
+    std::uint64_t number = 0;
 };
 Watch watch ZB_GUARDED_BY(moveLock);
 
@@ -53,20 +50,22 @@ bool IsMoving(const McndReply& reply) {
     return reply.xMoving == 1 || reply.yMoving == 1 || reply.zMoving == 1;
 }
 
-void StartWatch(CncNotifyCallback callback, std::intptr_t data) {
+void StartWatch(const Watch& accepted) {
     const LockHold hold(moveLock);
-    watch = {callback, data, watch.number + 1};
-    MoveActive.store(1);
+    if (accepted.number > watch.number) {
+        watch = accepted;
+        MoveActive.store(1);
+    }
 }
 
-std::uint32_t WatchedNumber() {
+std::uint64_t WatchedNumber() {
     const LockHold hold(moveLock);
     return watch.number;
 }
 
 /// Ends the watch of the move with that number and gives it out. False when a newer move has taken
 /// over: the condition was asked for before that one was accepted and must not end it.
-bool EndWatch(std::uint32_t number, Watch& ended) {
+bool EndWatch(std::uint64_t number, Watch& ended) {
     const LockHold hold(moveLock);
     if (watch.number != number) {
         return false;
@@ -78,8 +77,7 @@ bool EndWatch(std::uint32_t number, Watch& ended) {
 
 }  // namespace
 
-void MakeMoveLocks() {
-    InitializeCriticalSection(&moveOrderLock);
+void MakeMoveLock() {
     InitializeCriticalSection(&moveLock);
 }
 
@@ -93,16 +91,16 @@ bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std:
     std::snprintf(command, sizeof(command), MoveRequestFormat, static_cast<int>(counts[0]),
                   static_cast<int>(counts[1]), static_cast<int>(counts[2]));
     ExchangeReplyBuffer reply{};
-    const LockHold hold(moveOrderLock);
-    if (!ExchangeChecked(command, MoveReplyPrefix, reply)) {
+    std::uint64_t number = 0;
+    if (!ExchangeChecked(command, MoveReplyPrefix, reply, &number)) {
         return false;
     }
-    StartWatch(callback, data);
+    StartWatch({callback, data, number});
     return true;
 }
 
 void TestMove() {
-    const std::uint32_t number = WatchedNumber();
+    const std::uint64_t number = WatchedNumber();
     McndReply reply;
     const bool known = MyQueryMcnd(reply);
     const bool error = HasError(reply);

@@ -17,8 +17,8 @@ extern std::atomic<std::uint8_t> MoveActive;
 /// threads are watched in the order in which the controller took them.
 bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std::intptr_t data);
 
-/// Makes the locks of the moves ready. Part of process attach.
-void MakeMoveLocks();
+/// Makes the lock of the moves ready. Part of process attach.
+void MakeMoveLock();
 
 /// Asks how the watched move stands and tells its end. Called by the worker in a status poll while
 /// MoveActive is set. A condition that can't be read ends the watch without a notice.

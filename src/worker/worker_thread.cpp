@@ -5,7 +5,9 @@
 #include "homing/automatic_homing.h"
 #include "homing/manual_homing.h"
 #include "link/command_queue.h"
+#include "link/line_gate.h"
 #include "replies/position.h"
+#include "settings/module_instance.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
 #include "worker/status_poll.h"
@@ -35,14 +37,15 @@ void Poll() {
     MyPollStep();
 }
 
-/// Sends what waits, in its order, until nothing is left.
+/// Sends what waits, in its order, until nothing is left. After a stop that did not wait for it,
+/// everything stays where it is.
 void DrainCommands() {
     PostedCommand command;
     const auto pop = [&command] {
         const LockHold hold(CommandQueueLock);
         return ZbComPopUniqueCommandNoLock(command);
     };
-    while (pop()) {
+    while (!WorkerIsShutOut() && pop()) {
         RunPostedCommand(command.text.c_str());
     }
 }
@@ -69,16 +72,19 @@ void RunPasses() {
             }
         }
     }
+    // What was posted just before the stop: a host turns its lamps off and then stops.
+    DrainCommands();
 }
 
 }  // namespace
 
 DWORD WINAPI MyWorkerThread(LPVOID) {
     try {
+        const WorkersThread mark;
         RunPasses();
     } catch (...) {
         // The host goes on with the last good values; the shutdown then has nothing to wait for.
     }
     WorkerFinished.store(1);
-    return 0;
+    FreeLibraryAndExitThread(ModuleInstance, 0);
 }

@@ -36,36 +36,40 @@ std::string LogBlock::Take() {
     return text;
 }
 
-LogTap::LogTap() : thread_([this] { Collect(); }) {}
+LogTap::LogTap() {
+    InitializeCriticalSection(&lock_);
+    thread_ = Thread([this] { Collect(); });
+}
 
 LogTap::~LogTap() {
     stop_ = true;
-    thread_.join();
+    thread_.Join();
+    DeleteCriticalSection(&lock_);
 }
 
 void LogTap::Collect() {
     while (!stop_) {
         {
-            const std::lock_guard hold(mutex_);
+            const LockHold hold(lock_);
             text_ += block_.Take();
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        Pause(milliseconds(1));
     }
 }
 
 std::string LogTap::Text() {
-    const std::lock_guard hold(mutex_);
+    const LockHold hold(lock_);
     text_ += block_.Take();
     return text_;
 }
 
 std::string LogTap::Take() {
-    const std::lock_guard hold(mutex_);
+    const LockHold hold(lock_);
     text_ += block_.Take();
     return std::exchange(text_, {});
 }
 
-bool LogTap::WaitFor(const std::string& text, std::chrono::milliseconds limit) {
+bool LogTap::WaitFor(const std::string& text, milliseconds limit) {
     return Eventually([&] { return Text().find(text) != std::string::npos; }, limit);
 }
 

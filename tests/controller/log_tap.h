@@ -2,11 +2,11 @@
 
 #include <atomic>
 #include <chrono>
-#include <mutex>
 #include <string>
 #include <thread>
 
-#include "platform/win32.h"
+#include "platform/lock_hold.h"
+#include "support/clock.h"
 
 namespace test_support {
 
@@ -40,30 +40,16 @@ class LogTap {
     std::string Text();
     /// All text so far, and forgets it.
     std::string Take();
-    bool WaitFor(const std::string& text,
-                 std::chrono::milliseconds limit = std::chrono::seconds(30));
+    bool WaitFor(const std::string& text, milliseconds limit = std::chrono::seconds(30));
 
   private:
     void Collect();
 
     LogBlock block_;
-    std::mutex mutex_;
+    CRITICAL_SECTION lock_;
     std::string text_;
     std::atomic<bool> stop_{false};
-    std::thread thread_;
+    Thread thread_;
 };
-
-/// Waits until the condition holds; false after a generous limit.
-template <typename Condition>
-bool Eventually(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(30)) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
 
 }  // namespace test_support

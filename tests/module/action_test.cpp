@@ -1,5 +1,4 @@
 #include <atomic>
-#include <thread>
 
 #include "module/module_test.h"
 
@@ -129,7 +128,7 @@ TEST_F(ActionTest, CallbackThatThrowsEndsTheWorkerQuietly) {
         0.01, 0, 0, [](bool, bool, const McndReply*, std::intptr_t) { throw 1; }, 0));
     EXPECT_TRUE(Eventually([&] {
         controller->TakeRequestLog();
-        std::this_thread::sleep_for(3s);  // Longer than a worker that lives can wait for a reply.
+        test_support::Pause(3s);  // Longer than a worker that lives can wait for a reply.
         return controller->RequestLog().empty();
     }));
     log.Take();
@@ -156,10 +155,10 @@ TEST_F(ActionTest, EightThreadsHammerTheModule) {
     std::atomic<int> accepted{0};
     const auto run = [&](int kind) {
         for (int i = 0; !stop; ++i) {
+            test_support::Pause(1ms);
             switch (kind % 4) {
                 case 0:
                     Module().ZbOvisk_SetLight(i % 11, i % 256);
-                    std::this_thread::sleep_for(3ms);
                     break;
                 case 1:
                     accepted += Move(0.001 * (i % 10), 0.001, 0, Note, i) ? 1 : 0;
@@ -174,14 +173,14 @@ TEST_F(ActionTest, EightThreadsHammerTheModule) {
             }
         }
     };
-    std::vector<std::thread> threads;
+    std::vector<test_support::Thread> threads;
     for (int kind = 0; kind < 8; ++kind) {
-        threads.emplace_back(run, kind);
+        threads.emplace_back([&run, kind] { run(kind); });
     }
     EXPECT_TRUE(Eventually([&] { return accepted >= 50; }, 60s));
     stop = true;
-    for (std::thread& thread : threads) {
-        thread.join();
+    for (test_support::Thread& thread : threads) {
+        thread.Join();
     }
     EXPECT_TRUE(Eventually([] { return seen.notices >= 1; })) << "the last move is told";
     EXPECT_LE(seen.notices, accepted.load());

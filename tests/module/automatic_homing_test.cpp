@@ -1,3 +1,5 @@
+#include <random>
+
 #include "module/homing_test.h"
 #include "resources/resource_ids.h"
 
@@ -137,6 +139,29 @@ TEST_F(AutomaticHomingTest, ConditionOfABrokenOffRunStartsNothing) {
     FinishHome();
     EXPECT_FALSE(StillAsks());
     EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
+}
+
+TEST_F(AutomaticHomingTest, CancelIsTheLastWordAtAnyMoment) {
+    std::mt19937 random(20261123);
+    std::uniform_int_distribution<int> wait(0, 120);
+    for (int round = 0; round < CANCEL_ROUNDS / 4; ++round) {
+        SCOPED_TRACE(round);
+        SetCondition("0,0,0,1,0");
+        Begin();
+        SetCondition("0,0,0,2,0");  // The worker is about to see X finished, and to start Y.
+        test_support::Pause(std::chrono::milliseconds(wait(random)));
+        OpenHome();
+        const DialogDriver again(AutoCaption);
+        TakeCommands();  // Y may have been started before the operator was asked again,
+        if (!test_support::ClockJumps()) {  // and still be on a real line.
+            ASSERT_TRUE((*controller)->WaitForRequest("@CPOSMR?\r\n", 1, 60s));
+            TakeCommands();
+        }
+        again.Press(IDCANCEL);
+        FinishHome();
+        ASSERT_TRUE((*controller)->WaitForRequest("@CPOSMR?\r\n", 3, 60s));
+        ASSERT_EQ(TakeCommands(), std::vector<std::string>{});
+    }
 }
 
 TEST_F(AutomaticHomingTest, BothProceduresRunSideBySide) {

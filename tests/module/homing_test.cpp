@@ -38,13 +38,11 @@ void HomingTest::SetConditionDelay(std::chrono::milliseconds delay) {
 
 void HomingTest::OpenHome() {
     FinishHome();
-    host_ = std::thread([this] { EXPECT_TRUE(Module().OVISK_ZbrCmd(OviskCmd_Home, 0)); });
+    host_ = Thread([this] { EXPECT_TRUE(Module().OVISK_ZbrCmd(OviskCmd_Home, 0)); });
 }
 
 void HomingTest::FinishHome() {
-    if (host_.joinable()) {
-        host_.join();
-    }
+    host_.Join();
 }
 
 std::vector<std::string> HomingTest::TakeCommands() {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "module/module_test.h"
@@ -40,7 +39,7 @@ class HomingTest : public ModuleTest {
     std::mutex mutex_;
     std::string fields_ = "0,0,0,0,0";
     std::chrono::milliseconds delay_{0};
-    std::thread host_;
+    Thread host_;
 };
 
 inline const std::string ManualCaption = "Axis Homing In Progress";

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <thread>
 
 #include "module/module_test.h"
 #include "support/machine.h"
@@ -83,7 +82,7 @@ TEST_F(ModuleTest, StartsOnceAndNeverAgain) {
     EXPECT_LT(GetTickCount64() - start, 1500U) << "nothing is left to wait for";
     Start();
     EXPECT_TRUE(log.WaitFor("ZbComOpen opening: ")) << "remote mode opens the port again";
-    std::this_thread::sleep_for(300ms);
+    test_support::Pause(300ms);
     EXPECT_EQ(controller->RequestLog(), std::vector<std::string>{"@SMOD=1\r\n"});
 }
 
@@ -117,7 +116,7 @@ TEST_F(ModuleTest, SettingsAreReadAgainWhileTheWorkerRuns) {
     test_support::RemoveSettings();
     EXPECT_TRUE(Eventually([&] {
         log.Take();
-        std::this_thread::sleep_for(400ms);
+        test_support::Pause(400ms);
         return log.Text().empty();
     })) << "the serial log goes off";
 }

@@ -193,7 +193,7 @@ TEST_F(ManualHomingTest, CancelWinsAgainstAConditionThatIsOnTheLine) {
         dialog.Press(IDOK);
         SetConditionDelay(std::chrono::milliseconds(delay(random)));
         SetCondition("0,0,0,2,2");
-        std::this_thread::sleep_for(std::chrono::milliseconds(2 * delay(random)));
+        test_support::Pause(std::chrono::milliseconds(2 * delay(random)));
         dialog.Press(IDCANCEL);
         FinishHome();
         ASSERT_FALSE(dialog.Exists());

@@ -33,6 +33,15 @@ void ModuleTest::Unload() {
     module_.reset();
 }
 
+void ModuleTest::UnloadAtOnce() {
+    started_ = false;
+    module_.reset();
+}
+
+bool ModuleTest::IsLoaded() {
+    return LibraryIsLoaded(OVISK_LIBRARY);
+}
+
 void ModuleTest::Load(const std::string& settingsLines) {
     WriteSettings("[Ovisk]\n" + settingsLines);
     module_ = std::make_unique<host_tool::ModuleLibrary>(OVISK_LIBRARY);

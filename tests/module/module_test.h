@@ -23,6 +23,9 @@ class ModuleTest : public testing::Test {
     void Stop();
     /// Stops the module and takes it out of the process as far as its host can.
     void Unload();
+    /// Takes it out as it is, and its library too once the worker is over.
+    void UnloadAtOnce();
+    static bool IsLoaded();
 
     /// Puts a controller on the line. It stays until the module has stopped.
     SimulatedController& PlugIn() {

@@ -10,21 +10,28 @@ using Texts = std::vector<std::string>;
 namespace test_support {
 
 PanelTest::~PanelTest() {
-    stop_ = true;
-    if (owner_.joinable()) {
-        owner_.join();
-    }
+    EndPanelThread();
 }
 
-void PanelTest::OpenPanel(const std::string& settings) {
-    line_ = &PlugIn();
-    Load("Dialog=1\n" + settings);
-    owner_ = std::thread([this] {
+void PanelTest::EndPanelThread() {
+    stop_ = true;
+    owner_.Join();
+}
+
+void PanelTest::StartOnPanelThread() {
+    stop_ = false;
+    owner_ = Thread([this] {
         Start();
         RunMessages([this] { return stop_.load(); }, 600s);
     });
     panel_ = std::make_unique<DialogDriver>("Mitutoyo QI");
     ASSERT_TRUE(Eventually([this] { return Panel().Text(IDC_LIGHT_2_PERCENT) == "25"; }));
+}
+
+void PanelTest::OpenPanel(const std::string& settings) {
+    line_ = &PlugIn();
+    Load("Dialog=1\n" + settings);
+    StartOnPanelThread();
     log.Take();
 }
 
@@ -60,6 +67,18 @@ TEST_F(PanelTest, ShowsTheSettingsAndIsMadeOnce) {
         EXPECT_TRUE(Eventually([&] { return Panel().IsVisible(); })) << way;
         EXPECT_EQ(DialogDriver("Mitutoyo QI").Window(), Panel().Window());
     }
+}
+
+TEST_F(PanelTest, PanelGoesWithItsThreadAndTheNextStartMakesANewOne) {
+    OpenPanel();
+    const HWND first = Panel().Window();
+    EndPanelThread();
+    EXPECT_TRUE(Eventually([&] { return !DialogDriver(first).Exists(); }));
+    StartOnPanelThread();
+    EXPECT_NE(Panel().Window(), first);
+    EXPECT_EQ(RequestsOf(IDC_REMOTE_ENABLE), Texts{"@SMOD=1\r\n"});
+    EXPECT_TRUE(Eventually([this] { return Panel().Text(IDC_SENT) == "@SMOD=1\r\n"; }))
+        << "its boxes show the line";
 }
 
 TEST_F(ModuleTest, OtherDialogValuesShowNoPanel) {
@@ -249,6 +268,14 @@ TEST_F(PanelTest, PanelOutlivesTheHostsInterestInTheModule) {
 
 constexpr int Presses = 300;
 
+void CancelHoming() {
+    for (const WCHAR* caption : {WIDE("Axis Homing In Progress"), WIDE("Warning")}) {
+        if (const HWND homing = FindWindowW(nullptr, caption)) {
+            PostMessageW(homing, WM_COMMAND, IDCANCEL, 0);
+        }
+    }
+}
+
 /// Presses the panel's buttons one after the other, ten times a second, and cancels homing.
 void Hammer(const DialogDriver& panel, int presses, const std::function<void()>& startAgain) {
     constexpr int Buttons[] = {IDC_GET_POSITION,  IDC_HOME,        IDC_SET_LIGHT_1,
@@ -259,12 +286,8 @@ void Hammer(const DialogDriver& panel, int presses, const std::function<void()>&
     for (int press = 0; press < presses; ++press) {
         const int button = Buttons[static_cast<std::size_t>(press) % std::size(Buttons)];
         panel.Press(button);
-        std::this_thread::sleep_for(100ms);
-        for (const WCHAR* caption : {WIDE("Axis Homing In Progress"), WIDE("Warning")}) {
-            if (const HWND homing = FindWindowW(nullptr, caption)) {
-                PostMessageW(homing, WM_COMMAND, IDCANCEL, 0);
-            }
-        }
+        test_support::Pause(100ms);
+        CancelHoming();
         if (button == IDC_CLOSE) {
             startAgain();
         }
@@ -284,7 +307,7 @@ TEST_F(PanelTest, HammeredPanelAndBusyModuleLoseNothing) {
     Panel().Type(IDC_SEND_TEXT, "@SMOD=1");
     Panel().Type(IDC_TARGET, "0.001 0.001");
     std::atomic<bool> stop{false};
-    std::thread host([&] {
+    test_support::Thread host([&] {
         for (int i = 1; !stop; ++i) {
             EXPECT_TRUE(
                 Module().ZbOvisk_CncGotoAbsoluteNotifyWorld(0.001 * (i % 5), 0, 0, nullptr, i));
@@ -297,15 +320,16 @@ TEST_F(PanelTest, HammeredPanelAndBusyModuleLoseNothing) {
     int number = 0, x = 0, y = 0, z = 0;
     EXPECT_TRUE(Eventually(
         [&] {
+            CancelHoming();
             const std::string shown = Panel().Text(IDC_POSITION);
             return std::sscanf(shown.c_str(), "%d: X=%d, Y=%d, Z=%d", &number, &x, &y, &z) == 4 &&
                    number >= Presses / 13;
         },
-        60s))
+        600s))
         << "each press is served: " << number;
     EXPECT_TRUE(x == -y && x == z) << Panel().Text(IDC_POSITION);
     stop = true;
-    host.join();
+    host.Join();
     const std::string said = log.Take();
     for (const char* trouble : {"BADCMD", "TIMEEOUT", "Error", "ERROR", "failure"}) {
         EXPECT_EQ(said.find(trouble), std::string::npos) << said.substr(said.find(trouble), 200);

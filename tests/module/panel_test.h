@@ -3,7 +3,6 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "module/module_test.h"
@@ -19,6 +18,9 @@ class PanelTest : public ModuleTest {
 
     /// With a controller on the line. The worker's polls stay away unless the settings say else.
     void OpenPanel(const std::string& settings = "CmdPoll=1000000\n");
+    /// The thread ends, as that of a host's window does; and a new one starts the module again.
+    void EndPanelThread();
+    void StartOnPanelThread();
     /// What the panel asks for when the button is pressed, its line ends included.
     std::vector<std::string> RequestsOf(int button);
 
@@ -27,7 +29,7 @@ class PanelTest : public ModuleTest {
 
   private:
     std::atomic<bool> stop_{false};
-    std::thread owner_;
+    Thread owner_;
     std::unique_ptr<DialogDriver> panel_;
     SimulatedController* line_ = nullptr;
 };

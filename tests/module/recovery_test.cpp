@@ -1,4 +1,3 @@
-#include <thread>
 
 #include "module/module_test.h"
 

@@ -1,7 +1,5 @@
 #include "rooms/room_test.h"
 
-#include <mutex>
-
 #include "host/process_attach.h"
 #include "link/com_lock.h"
 #include "settings/settings.h"
@@ -11,10 +9,12 @@ namespace test_support {
 
 namespace {
 
+/// The process's one module, which goes with it.
 void BringModuleUp() {
-    static const StaticStage stage;
-    static std::once_flag once;
-    std::call_once(once, [] { AttachProcess(nullptr); });
+    static const struct Module {
+        Module() { AttachProcess(nullptr); }
+        ~Module() { DetachProcess(); }
+    } module;
 }
 
 }  // namespace

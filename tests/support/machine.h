@@ -13,4 +13,7 @@ void WriteSettings(std::string_view text);
 
 void RemoveSettings();
 
+/// Whether this process has the library, whoever loaded it.
+bool LibraryIsLoaded(const char* file);
+
 }  // namespace test_support

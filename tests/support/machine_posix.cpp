@@ -1,3 +1,5 @@
+#include <dlfcn.h>
+
 #include "platform/posix/machine.h"
 
 #include "support/machine.h"
@@ -7,6 +9,11 @@ namespace test_support {
 std::filesystem::path SettingsFilePath() {
     return std::filesystem::path(MachineRoot()) /
            "drive_c/users/public/Documents/Zembra/Settings/zembra.ini";
+}
+
+bool LibraryIsLoaded(const char* file) {
+    void* const library = dlopen(file, RTLD_NOW | RTLD_NOLOAD);
+    return library != nullptr && dlclose(library) == 0;
 }
 
 }  // namespace test_support

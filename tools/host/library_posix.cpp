@@ -1,8 +1,10 @@
 #include <dlfcn.h>
+#include <link.h>
 
 #include <stdexcept>
 
 #include "host/library.h"
+#include "platform/win32.h"
 
 namespace host_tool {
 
@@ -16,7 +18,9 @@ void* LoadLibraryFile(const std::filesystem::path& path) {
 }
 
 void UnloadLibraryFile(void* library) {
-    dlclose(library);
+    link_map* map = nullptr;
+    dlinfo(library, RTLD_DI_LINKMAP, &map);
+    FreeLibrary(reinterpret_cast<HMODULE>(map->l_addr));
 }
 
 void* FindExport(void* library, const char* name) {

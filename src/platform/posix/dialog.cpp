@@ -199,6 +199,8 @@ BOOL ShowWindow(HWND handle, int command) {
     return static_cast<BOOL>(posix::OnDialog(handle, [command](posix::Dialog& dialog) {
         const BOOL before = dialog.visible ? TRUE : FALSE;
         posix::Show(dialog, command == SW_SHOWNORMAL);
+        const std::lock_guard hold(posix::desktop);
+        dialog.timesActivated += command == SW_SHOWNORMAL ? 1 : 0;
         return before;
     }));
 }

@@ -37,6 +37,7 @@ DialogView View(const posix::Dialog& dialog) {
                     .visible = dialog.visible,
                     .enabled = dialog.enabled,
                     .topmost = dialog.topmost,
+                    .timesActivated = dialog.timesActivated,
                     .place = dialog.place,
                     .controls = {}};
     for (const posix::Control& control : dialog.controls) {

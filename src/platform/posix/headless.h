@@ -32,6 +32,7 @@ struct DialogView {
     bool visible;
     bool enabled;
     bool topmost;
+    int timesActivated;  // By ShowWindow: each time it came to the front and took the keyboard.
     RECT place;
     std::vector<ControlView> controls;
 

@@ -26,7 +26,7 @@ namespace {
 using State = LocalPort::State;
 
 std::mutex portsLock;
-std::vector<std::shared_ptr<State>> ports;
+auto& ports = *new std::vector<std::shared_ptr<State>>;
 
 std::shared_ptr<State> FindPort(unsigned number) {
     const std::lock_guard hold(portsLock);

@@ -51,8 +51,9 @@ fs::path FindEntry(const fs::path& folder, const std::string& name) {
 }  // namespace
 
 const std::string& MachineRoot() {
-    static const std::string root = FindRoot();
-    return root;
+    // Never ended, as all of the layer: threads may run on while the process ends.
+    static const auto* const root = new std::string(FindRoot());
+    return *root;
 }
 
 namespace posix {

@@ -1,4 +1,3 @@
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,11 +8,6 @@
 
 namespace posix {
 namespace {
-
-std::uint32_t ThisThread() {
-    thread_local const auto id = static_cast<std::uint32_t>(syscall(SYS_gettid));
-    return id;
-}
 
 /// In shared memory. The robust mutex is the truth; owner and depth follow it.
 struct MutexBody {
@@ -33,7 +27,7 @@ void SetUp(void* memory, bool owned) {
     pthread_mutexattr_destroy(&attributes);
     if (owned) {
         pthread_mutex_lock(&body->mutex);
-        body->owner = ThisThread();
+        body->owner = GetCurrentThreadId();
         body->depth = 1;
     }
 }
@@ -55,7 +49,7 @@ class Mutex : public Object {
     }
 
     BOOL Release() {
-        if (body_.owner.load(std::memory_order_relaxed) != ThisThread()) {
+        if (body_.owner.load(std::memory_order_relaxed) != GetCurrentThreadId()) {
             return Fail(ERROR_NOT_OWNER);
         }
         if (--body_.depth == 0) {
@@ -71,12 +65,12 @@ class Mutex : public Object {
         }
         switch (result) {
             case 0:
-                body_.owner.store(ThisThread(), std::memory_order_relaxed);
+                body_.owner.store(GetCurrentThreadId(), std::memory_order_relaxed);
                 ++body_.depth;
                 return WAIT_OBJECT_0;
             case EOWNERDEAD:
                 pthread_mutex_consistent(&body_.mutex);
-                body_.owner.store(ThisThread(), std::memory_order_relaxed);
+                body_.owner.store(GetCurrentThreadId(), std::memory_order_relaxed);
                 body_.depth = 1;
                 return WAIT_ABANDONED;
             case EBUSY:

@@ -1,3 +1,5 @@
+#include "platform/posix/thread.h"
+
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -17,6 +19,11 @@ struct Course {
     std::atomic<std::uint32_t> ended{0};
 };
 
+/// Thrown from within a thread that leaves its library.
+struct Leaving {
+    HMODULE library;
+};
+
 void* Run(void* owned) {
     const std::unique_ptr<std::shared_ptr<Course>> course(
         static_cast<std::shared_ptr<Course>*>(owned));
@@ -24,9 +31,13 @@ void* Run(void* owned) {
     if (timeKeeper != nullptr) {
         timeKeeper->Begin(own.place);
     }
-    own.id.store(static_cast<std::uint32_t>(syscall(SYS_gettid)), std::memory_order_release);
+    own.id.store(GetCurrentThreadId(), std::memory_order_release);
     FutexWakeAll(own.id);
-    own.function(own.argument);
+    try {
+        own.function(own.argument);
+    } catch (const Leaving& leaving) {
+        FreeLibrary(leaving.library);
+    }
     own.ended.store(1, std::memory_order_release);
     FutexWakeAll(own.ended);
     if (timeKeeper != nullptr) {
@@ -62,7 +73,7 @@ class Thread : public Object {
                 return WAIT_TIMEOUT;
             }
         }
-        // Only a joined thread has left the module's code for good, which may be unloaded next.
+        // Only a joined thread has left its library's code for good.
         const std::lock_guard hold(joinLock_);
         if (!joined_) {
             pthread_join(thread_, nullptr);
@@ -106,6 +117,11 @@ int Thread::Start(SIZE_T stackSize) {
 }
 
 }  // namespace
+
+void LeaveThread(HMODULE library) {
+    throw Leaving{library};
+}
+
 }  // namespace posix
 
 HANDLE CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize,
@@ -136,4 +152,9 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stackSize,
         }
         return handle;
     });
+}
+
+DWORD GetCurrentThreadId() {
+    thread_local const auto id = static_cast<DWORD>(syscall(SYS_gettid));
+    return id;
 }

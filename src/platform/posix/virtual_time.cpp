@@ -136,7 +136,6 @@ class VirtualTime final : public TimeKeeper {
             if (condition(*one) && !one->woken) {
                 one->woken = true;
                 one->due = now_;
-                one->sequence = ++sequence_;
             }
         }
     }

@@ -150,10 +150,23 @@ BOOL ReleaseMutex(HANDLE mutex);
 /// this machine. The class must be null and the title must not. Null if there is none.
 HWND FindWindowW(LPCWSTR className, LPCWSTR title);
 
-/// Keeps the module that holds `address` loaded until the process ends, whoever unloads it. Flags
-/// must be GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS. FALSE with
-/// ERROR_MOD_NOT_FOUND if the address is in no library, as the program's own are.
+// ---- The module itself ---------------------------------------------------------------------
+
+/// One more hold on the library that `address` lies in, until FreeLibrary gives it back; with
+/// GET_MODULE_HANDLE_EX_FLAG_PIN one that lasts until the process ends. The other flag must be
+/// GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS. FALSE with ERROR_MOD_NOT_FOUND if the address is in no
+/// library, as the program's own are.
 BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module);
+
+/// Gives one hold back; the last one unloads the library.
+BOOL FreeLibrary(HMODULE module);
+
+/// Ends the calling thread and gives one hold back, after the thread's last step within the
+/// library. For threads of CreateThread; the code is dropped.
+[[noreturn]] void FreeLibraryAndExitThread(HMODULE module, DWORD code);
+
+/// A number of the calling thread that no other thread of the machine has.
+DWORD GetCurrentThreadId();
 
 // ---- Dialogs -------------------------------------------------------------------------------
 
@@ -203,6 +216,10 @@ BOOL SetWindowTextW(HWND window, LPCWSTR text);
 
 /// Hides a dialog (SW_HIDE) or shows it (SW_SHOWNORMAL). Whether it was visible before.
 BOOL ShowWindow(HWND dialog, int command);
+
+/// Whether there is such a window, and whether it is a dialog that is shown.
+BOOL IsWindow(HWND window);
+BOOL IsWindowVisible(HWND window);
 
 /// Nothing needs drawing: whether there is such a window.
 BOOL UpdateWindow(HWND window);

@@ -88,6 +88,17 @@ void Remove(Dialog& dialog) {
 
 }  // namespace posix
 
+BOOL IsWindow(HWND handle) {
+    const std::lock_guard hold(posix::desktop);
+    return posix::Find(handle) ? TRUE : FALSE;
+}
+
+BOOL IsWindowVisible(HWND handle) {
+    const std::lock_guard hold(posix::desktop);
+    const posix::Window window = posix::Find(handle);
+    return window && window.dialog->visible ? TRUE : FALSE;
+}
+
 BOOL UpdateWindow(HWND handle) {
     const std::lock_guard hold(posix::desktop);
     return posix::Find(handle) ? TRUE : FALSE;

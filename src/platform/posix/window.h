@@ -42,6 +42,7 @@ struct Dialog {
     bool visible = false;
     bool enabled = true;
     bool topmost = false;
+    int timesActivated = 0;
     bool ended = false;
     bool disabledOwner = false;
     INT_PTR result = 0;

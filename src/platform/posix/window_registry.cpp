@@ -43,17 +43,10 @@ int OpenFile() {
     return file;
 }
 
-/// The registry as this process sees it: opened at the first use, ended with the module.
+/// The registry as this process sees it: opened at the first use, and there until the process has
+/// ended, since threads may still run then.
 class Registry {
   public:
-    ~Registry() {
-        Page* page = page_.exchange(nullptr);
-        if (page != nullptr) {
-            munmap(page, sizeof(Page));
-            close(file_);
-        }
-    }
-
     /// Null if it cannot be opened.
     Page* Get() {
         Page* page = page_.load(std::memory_order_acquire);

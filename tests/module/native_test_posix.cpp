@@ -1,10 +1,11 @@
-#include "module/module_test.h"
-#include "simulator/pty_transport.h"
+#include "module/panel_test.h"
+#include "platform/posix/headless.h"
 
-// What only a native machine can do: a port that comes and goes.
+// What only a native machine can do: a port that comes and goes; and what only there can be seen.
 
 using simulator::StageModel;
 using test_support::ModuleTest;
+using test_support::PanelTest;
 using test_support::SimulatedController;
 
 namespace {
@@ -25,12 +26,27 @@ TEST_F(ModuleTest, PulledCableKeepsTheValuesAndTheBounds) {
     Load("CmdPoll=10\n");
     Start();
     EXPECT_TRUE(SeesPosition(1, 2, 3));
-    dynamic_cast<simulator::PtyTransport&>(controller.Line()).Unplug();
+    controller->With([](simulator::Device& device) { device.PullCable(); });
     EXPECT_TRUE(log.WaitFor("BADCMD2 send=@CPOSMR?\r\n"));
     EXPECT_EQ(Snapshot().cposmr.x, 1);
     const ULONGLONG start = GetTickCount64();
     Stop();
     EXPECT_LT(GetTickCount64() - start, 2000U) << "a dead line answers at once";
+}
+
+TEST_F(PanelTest, RepeatedStartLeavesTheKeyboardWithTheHostUnlessThePanelIsHidden) {
+    OpenPanel();
+    const auto times = [this] { return headless::ViewOf(Panel().Window())->timesActivated; };
+    ASSERT_TRUE(test_support::Eventually([&] { return times() == 1; }));
+    const auto startAgain = [this] {
+        Start();
+        RequestsOf(IDC_REMOTE_ENABLE);  // Behind what the start has posted.
+    };
+    startAgain();
+    EXPECT_EQ(times(), 1);
+    Panel().PressAndWait(IDC_CLOSE);
+    startAgain();
+    EXPECT_EQ(times(), 2);
 }
 
 }  // namespace
