@@ -7,7 +7,7 @@
 #include <string>
 
 #include "link/command_queue.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 
 namespace {
 
@@ -89,7 +89,7 @@ void FoldFloor(benchmark::State& state) {
         state, [](std::int64_t) { FillBlock(); },
         [](std::int64_t posts) {
             for (std::int64_t i = 0; i < posts; ++i) {
-                WritePiece("ZbComPopUniqueCommandNoLock POPPED!\n");
+                WriteLine("ZbComPopUniqueCommandNoLock POPPED!\n");
             }
         });
 }

@@ -41,12 +41,11 @@ void Register(const std::string& row, const char* reply, char last) {
     };
     const auto module = [=](benchmark::State& state) {
         const ExchangeReplyBuffer whole = Buffer(reply);
-        const std::array<char, Count> delimiters = ListDelimiters<Count>(last);
         for ([[maybe_unused]] auto _ : state) {
             ExchangeReplyBuffer buffer = whole;
             benchmark::DoNotOptimize(buffer.data());
-            std::array<char*, Count> tokens{};
-            if (!CutTokens(buffer.data(), delimiters, tokens)) {
+            Tokens<Count - 1> tokens{};
+            if (!CutTokens<Count - 1>(buffer.data(), last, tokens)) {
                 state.SkipWithError("no tokens");
             }
             for (std::size_t i = 1; i < Count; ++i) {

@@ -3,9 +3,7 @@
 #include <cmath>
 
 #include "homing/homing_condition.h"
-#include "replies/motion_condition.h"
-#include "replies/position.h"
-#include "replies/switches_and_lamps.h"
+#include "replies/queries.h"
 #include "targets/fuzz_module.h"
 
 namespace {

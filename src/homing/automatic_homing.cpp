@@ -2,11 +2,9 @@
 
 #include <string>
 
-#include "homing/homing_condition.h"
-#include "homing/homing_dialog.h"
 #include "link/command_queue.h"
-#include "log/log_line.h"
-#include "platform/guarded_procedure.h"
+#include "log/zbr_log.h"
+#include "platform/guard.h"
 #include "resources/resource_ids.h"
 
 namespace {
@@ -65,57 +63,30 @@ void LogCodes(const char* name, const HomingCondition& condition, std::size_t co
         WriteLine(label, Decimal{std::int32_t{Status(condition.Field(number))}});
         label.clear();
     }
-    WritePiece("\n");
+    WriteLine("\n");
 }
 
-enum class Progress { UnderWay, Finished, Failed };
-
-/// How the axis whose status stands in this field is getting on. A reply without the field tells no
-/// more than none at all.
-Progress LookAt(std::size_t field, const char* name) {
+/// Whether the axis whose status stands in this field has finished. `failed` is set when it has
+/// failed, or when nothing could be learnt: a reply without the field tells no more than none.
+bool IsCompleted(std::size_t field, const char* name, bool& failed) {
+    failed = true;
     HomingCondition condition;
-    if (!condition.Query() || !condition.Has(field)) {
-        return Progress::Failed;
+    if (!condition.Query() || condition.Field(field) == nullptr) {
+        return false;
     }
     LogCodes(name, condition, field);
     const signed char status = Status(condition.Field(field));
-    if (status == HomingFinished) {
-        return Progress::Finished;
-    }
-    return status > HomingFinished ? Progress::Failed : Progress::UnderWay;
+    failed = status > HomingFinished;
+    return status == HomingFinished;
 }
 
-/// Ends the run after a failure, unless a new one has begun.
-void Fail(State& homing, HomingState::Moment now) {
-    WriteLine("HOMING ERROR OCCURRED!\n");
-    homing.state.MoveOn(now, HomingIdle);
-}
-
-void StepX(State& homing, HomingState::Moment now) {
-    switch (LookAt(XStatusField, "MyIsCncOriginRestorationCompletedX")) {
-        case Progress::Finished:
-            // A run that was broken off meanwhile must not start Y. The dialog takes its state
-            // first and then what is posted, this thread the other way round: one of the two sees
-            // the start, which only this thread can send.
-            PostCommand(HomingYId, AutoYRequest);
-            if (!homing.state.MoveOn(now, State::YReturn)) {
-                WithdrawCommand(AutoYRequest);
-            }
-            break;
-        case Progress::Failed:
-            Fail(homing, now);
-            break;
-        case Progress::UnderWay:
-            break;
-    }
-}
-
-void StepY(State& homing, HomingState::Moment now) {
-    bool failed = false;
-    if (MyIsCncOriginRestorationCompletedY(failed)) {
-        homing.state.MoveOn(now, HomingIdle);
-    } else if (failed) {
-        Fail(homing, now);
+/// The dialog takes its state first and then back what is posted, this thread the other way round:
+/// one of the two sees the start, which only this thread can send. So a run that is broken off
+/// meanwhile does not start Y.
+void StartY(State& homing, HomingState::Moment now) {
+    PostCommand(HomingYId, AutoYRequest);
+    if (!homing.state.MoveOn(now, State::YReturn)) {
+        WithdrawCommand(AutoYRequest);
     }
 }
 
@@ -151,7 +122,7 @@ void RunAutoHoming(HWND parent) {
 }
 
 INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
-    return GuardedProcedure([=] { return Handle(dialog, record, message, wParam); });
+    return Guarded(INT_PTR{TRUE}, [=] { return Handle(dialog, record, message, wParam); });
 }
 
 bool AutoHomingRuns() {
@@ -159,17 +130,25 @@ bool AutoHomingRuns() {
 }
 
 void MyAutoHomingStep() {
-    State& homing = record;
-    const HomingState::Moment now = homing.state.Now();
-    if (now.state == State::XReturn && !CommandWaits(HomingXId)) {
-        StepX(homing, now);
-    } else if (now.state == State::YReturn && !CommandWaits(HomingYId)) {
-        StepY(homing, now);
+    const HomingState::Moment now = record.state.Now();
+    const bool x = now.state == State::XReturn;
+    if ((!x && now.state != State::YReturn) || CommandWaits(x ? HomingXId : HomingYId)) {
+        return;
+    }
+    bool failed = false;
+    const bool completed =
+        x ? IsCompleted(XStatusField, "MyIsCncOriginRestorationCompletedX", failed)
+          : MyIsCncOriginRestorationCompletedY(failed);
+    if (completed && x) {
+        StartY(record, now);
+    } else if (completed) {
+        record.state.MoveOn(now, HomingIdle);
+    } else if (failed) {
+        WriteLine("HOMING ERROR OCCURRED!\n");
+        record.state.MoveOn(now, HomingIdle);  // Unless a new run has begun.
     }
 }
 
 bool MyIsCncOriginRestorationCompletedY(bool& failed) {
-    const Progress progress = LookAt(YStatusField, "MyIsCncOriginRestorationCompletedY");
-    failed = progress == Progress::Failed;
-    return progress == Progress::Finished;
+    return IsCompleted(YStatusField, "MyIsCncOriginRestorationCompletedY", failed);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "homing/homing_state.h"
-#include "platform/win32.h"
+#include "homing/homing_procedure.h"
 
 /// Automatic homing: the controller drives the stage to its origin, X and then Y. A dialog asks the
 /// operator once to make room; it closes as soon as the start is posted, and the worker carries the

@@ -2,10 +2,8 @@
 
 #include <array>
 
-#include "homing/homing_condition.h"
-#include "homing/homing_dialog.h"
 #include "link/command_queue.h"
-#include "platform/guarded_procedure.h"
+#include "platform/guard.h"
 #include "resources/resource_ids.h"
 
 namespace {
@@ -72,20 +70,15 @@ void PressOk(HWND dialog, State& homing) {
     }
 }
 
-void PostStop(std::uint32_t state) {
-    if (state == State::XReturn) {
-        MyPostManualHomingX(false);
-    } else if (state == State::YReturn) {
-        MyPostManualHomingY(false);
-    }
+bool PostStop(std::uint32_t state) {
+    return state == State::XReturn   ? MyPostManualHomingX(false)
+           : state == State::YReturn ? MyPostManualHomingY(false)
+                                     : false;
 }
 
 /// Ends the procedure even if there is no memory left for the stop.
 void PressCancel(HWND dialog, State& homing) {
-    GuardedProcedure([&] {
-        PostStop(homing.state.Value());
-        return TRUE;
-    });
+    Guarded(false, [&] { return PostStop(homing.state.Value()); });
     homing.state.Set(HomingIdle);
     EndDialog(dialog, IDCANCEL);
 }
@@ -148,7 +141,7 @@ void RunManualHoming(HWND parent) {
 }
 
 INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    return GuardedProcedure([=] { return Handle(dialog, record, message, wParam, lParam); });
+    return Guarded(INT_PTR{TRUE}, [=] { return Handle(dialog, record, message, wParam, lParam); });
 }
 
 bool ManualHomingRuns() {

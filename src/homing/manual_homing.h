@@ -1,7 +1,6 @@
 #pragma once
 
-#include "homing/homing_state.h"
-#include "platform/win32.h"
+#include "homing/homing_procedure.h"
 
 /// Manual homing: the operator moves the stage by hand, the controller finds the origin on the way.
 /// A dialog leads through X and then Y; the worker sees from the controller's condition when an

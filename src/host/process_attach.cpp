@@ -4,7 +4,6 @@
 #include "link/command_queue.h"
 #include "log/zbr_log.h"
 #include "panel/buffer_boxes.h"
-#include "settings/module_instance.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
 #include "worker/moves.h"

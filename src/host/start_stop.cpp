@@ -1,14 +1,13 @@
 #include "host/start_stop.h"
 
-#include <exception>
-
 #include "homing/automatic_homing.h"
 #include "homing/manual_homing.h"
 #include "link/command_queue.h"
 #include "link/exchange.h"
 #include "link/line_gate.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "panel/panel.h"
+#include "platform/guard.h"
 #include "worker/worker_thread.h"
 
 std::atomic<std::uint8_t> AutoHomingMode{0};
@@ -52,9 +51,7 @@ void StartWorkerOnce() {
 
 /// A controller that can't be asked, for whatever reason, does not keep the worker from starting.
 void EnableRemoteMode() {
-    try {
-        MyRemoteEnable();
-    } catch (const std::exception&) {
+    if (Guarded(0, MyRemoteEnable) == 0) {
         WriteLine("OviskCmd_Startup remote mode not enabled\n");
     }
 }

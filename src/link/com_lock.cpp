@@ -17,17 +17,18 @@ void CloseIfRequested() ZB_REQUIRES(ComLock) {
     }
 }
 
-/// A request is stored before the lock is tried, and the lock is given back before the request is
-/// looked at once more: so one of the two sides always sees the other, and no request is left over.
+/// Serves a request that came while the lock was held, or leaves it to whoever holds the lock by
+/// now. A request is stored before the lock is tried, and the lock is given back before the request
+/// is looked at, so one of the two sides always sees the other. The fence keeps both orders on
+/// processors that would let the later step overtake: locks order what is within them only.
 void ServeRequests() ZB_EXCLUDES(ComLock) {
-    std::atomic_thread_fence(std::memory_order_seq_cst);
-    while (closeRequested.load()) {
-        if (!TryEnterCriticalSection(&ComLock)) {
-            return;  // Whoever holds it serves the request on leaving.
+    for (;;) {
+        std::atomic_thread_fence(std::memory_order_seq_cst);
+        if (!closeRequested.load() || !TryEnterCriticalSection(&ComLock)) {
+            return;
         }
         CloseIfRequested();
         LeaveCriticalSection(&ComLock);
-        std::atomic_thread_fence(std::memory_order_seq_cst);
     }
 }
 

@@ -4,27 +4,19 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 #include "link/exchange.h"
 #include "link/line_gate.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
+#include "platform/ownership.h"
 
 CRITICAL_SECTION CommandQueueLock;
 std::atomic<HANDLE> CommandEvent{nullptr};
 
 namespace {
 
-/// Storage without a life of its own, like that of the shared stage data.
-union QueueStorage {
-    constexpr QueueStorage() : empty() {}
-    ~QueueStorage() {}
-    char empty;
-    std::vector<PostedCommand> queue;
-};
-
-constinit QueueStorage storage;
+constinit Late<std::vector<PostedCommand>> queue;
 
 /// The beginning of the text that was taken last, long enough to tell the starts of homing.
 std::array<char, 16> takenText ZB_GUARDED_BY(CommandQueueLock){};
@@ -36,14 +28,14 @@ void NoteTaken(const char* text) ZB_REQUIRES(CommandQueueLock) {
 
 }  // namespace
 
-std::vector<PostedCommand>& CommandQueue = storage.queue;
+std::vector<PostedCommand>& CommandQueue = queue.object;
 
 void MakeCommandQueue() {
-    std::construct_at(&storage.queue);
+    queue.Begin();
 }
 
 void FreeCommandQueue() {
-    std::destroy_at(&storage.queue);
+    queue.End();
 }
 
 HANDLE OpenCommandEvent() {
@@ -51,14 +43,7 @@ HANDLE OpenCommandEvent() {
 }
 
 void EnsureCommandEvent() {
-    if (CommandEvent.load() != nullptr) {
-        return;
-    }
-    const HANDLE made = OpenCommandEvent();
-    HANDLE kept = nullptr;
-    if (made != nullptr && !CommandEvent.compare_exchange_strong(kept, made)) {
-        CloseHandle(made);
-    }
+    KeepOne(CommandEvent, OpenCommandEvent);
 }
 
 bool PostCommand(std::uint32_t id, const std::string& text) {

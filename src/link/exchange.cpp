@@ -4,7 +4,7 @@
 
 #include "link/line_gate.h"
 #include "link/protocol.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "settings/settings.h"
 
 namespace {

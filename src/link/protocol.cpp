@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "settings/settings.h"
 
 namespace {

@@ -1,13 +1,13 @@
 #include "link/serial_port.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 
 #include "link/line_gate.h"
-#include "link/line_listener.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "settings/settings.h"
 
 CRITICAL_SECTION ComLock;
@@ -26,6 +26,14 @@ constexpr COMMTIMEOUTS TimeOuts = {
 constexpr DWORD ReadBytes = 255;
 constexpr ULONGLONG ReadLimitMilliseconds = 1000;
 constexpr std::size_t ReplyLimitBytes = std::size_t{64} * 1024;
+
+std::atomic<LineListener> lineListener{nullptr};
+
+void TellListener(LineText way, const std::string& text) {
+    if (const LineListener listener = lineListener.load()) {
+        listener(way, text);
+    }
+}
 
 /// Whether the open port has its time-outs.
 bool timeOutsSet ZB_GUARDED_BY(ComLock) = false;
@@ -61,6 +69,10 @@ bool ConfigureOpenPort(const PortSettings& settings) ZB_REQUIRES(ComLock) {
 }
 
 }  // namespace
+
+void ListenToLine(LineListener listener) {
+    lineListener.store(listener);
+}
 
 int ZbComOpen() {
     const PortSettings settings = CurrentPortSettings();
@@ -101,7 +113,7 @@ bool ZbComWrite(const std::string& command, bool logEnabled) {
     if (ComHandle == nullptr) {
         return false;
     }
-    TellLineListener(LineText::Sent, command);
+    TellListener(LineText::Sent, command);
     if (logEnabled) {
         WriteLine("ZbComWrite: ", command, "\n");
     }
@@ -142,7 +154,7 @@ bool ZbComRead(std::string& reply, bool logEnabled) {
         const std::string_view collected(chunk, kept);
         reply += collected;
         if (collected.find('\n') != collected.npos) {
-            TellLineListener(LineText::Received, reply);
+            TellListener(LineText::Received, reply);
             if (logEnabled) {
                 WriteLine("ZbComRead: ", reply, "\n");
             }
@@ -160,12 +172,12 @@ void LogSystemError(const char* prefix, std::uint32_t code) {
     const DWORD length = FormatMessageW(
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
         nullptr, code, 0x400, reinterpret_cast<LPWSTR>(&message), 0, nullptr);
-    WritePiece(prefix);
+    WriteLine(prefix);
     if (length == 0 || message == nullptr) {
         WriteLine("error ", std::to_string(code));
     } else {
         LogChannel.WriteWideText(message);
     }
     LocalFree(message);
-    WritePiece("\n");
+    WriteLine("\n");
 }

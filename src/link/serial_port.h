@@ -15,6 +15,17 @@ extern HANDLE ComHandle ZB_GUARDED_BY(ComLock);
 /// The `Port` value that ComHandle was opened for, -1 when none is.
 extern std::int32_t OpenPortNumber ZB_GUARDED_BY(ComLock);
 
+/// Which way a text went over the line.
+enum class LineText { Sent, Received };
+
+/// Hears the texts of every exchange, with ComLock held, on the thread of the exchange: it has to
+/// keep what it wants and return at once. It must wait for no window and take no lock that is held
+/// for longer than a copy.
+using LineListener = void (*)(LineText way, const std::string& text) noexcept;
+
+/// Sets the one listener. Any thread; for the life of the module.
+void ListenToLine(LineListener listener);
+
 /// Opens and configures the port of the settings unless it is open already; a port that is open on
 /// another number is closed first. Returns 1 when the port is usable, 0 with a log line when not.
 int ZbComOpen() ZB_REQUIRES(ComLock);

@@ -9,44 +9,30 @@
 #include <new>
 #include <string_view>
 
+#include "platform/ownership.h"
+
 namespace {
 
 constexpr DWORD MapBytes = 10000;
 constexpr DWORD MutexWaitMilliseconds = 5000;
 static_assert(MapBytes == LogBlockCharacters * sizeof(WCHAR));
 
-/// Whether one of so many characters is the zero that ends a text. Looks at all of them, in four
-/// quarters side by side, so that the compiler can use vector instructions that need not wait for
-/// each other.
-template <std::size_t Stretch>
-bool HasEnd(const WCHAR* text) {
-    constexpr std::size_t Quarter = Stretch / 4;
-    static_assert(Stretch % 4 == 0);
-    const auto end = [=](std::size_t i) { return text[i] == 0 ? 0xFFFFU : 0U; };
-    std::uint16_t first = 0;
-    std::uint16_t second = 0;
-    std::uint16_t third = 0;
-    std::uint16_t fourth = 0;
-    for (std::size_t i = 0; i < Quarter; ++i) {
-        first = static_cast<std::uint16_t>(first | end(i));
-        second = static_cast<std::uint16_t>(second | end(i + Quarter));
-        third = static_cast<std::uint16_t>(third | end(i + 2 * Quarter));
-        fourth = static_cast<std::uint16_t>(fourth | end(i + 3 * Quarter));
-    }
-    return (first | second | third | fourth) != 0;
-}
-
 /// Length of the block's text, or LogBlockCharacters when it has no end. The block is measured for
-/// every piece and is mostly full, so it is passed over in long stretches first.
+/// every piece and is mostly full, so it is passed over in stretches that the compiler can look at
+/// with vector instructions.
 std::size_t MeasureBlock(const WCHAR* block) {
-    constexpr std::size_t Long = 320;
-    constexpr std::size_t Short = 32;
+    constexpr std::size_t Stretch = 40;
+    static_assert(LogBlockCharacters % Stretch == 0);
+    const auto hasEnd = [block](std::size_t start) {
+        std::uint16_t ends = 0;  // As wide as a character: the vectors stay whole.
+        for (std::size_t i = 0; i < Stretch; ++i) {
+            ends = static_cast<std::uint16_t>(ends | (block[start + i] == 0 ? 0xFFFFU : 0U));
+        }
+        return ends != 0;
+    };
     std::size_t length = 0;
-    while (length + Long <= LogBlockCharacters && !HasEnd<Long>(block + length)) {
-        length += Long;
-    }
-    while (length + Short <= LogBlockCharacters && !HasEnd<Short>(block + length)) {
-        length += Short;
+    while (length < LogBlockCharacters && !hasEnd(length)) {
+        length += Stretch;
     }
     while (length < LogBlockCharacters && block[length] != 0) {
         ++length;
@@ -60,33 +46,6 @@ WCHAR Widen(char byte) {
     // NOLINTNEXTLINE(bugprone-signed-char-misuse)
     const int value = static_cast<signed char>(byte);
     return static_cast<WCHAR>(value >= 0 ? static_cast<std::wint_t>(value) : std::btowc(value));
-}
-
-/// Stores a handle that any thread may have made meanwhile: the loser's own is closed.
-HANDLE KeepOne(std::atomic<HANDLE>& slot, HANDLE made) {
-    if (made == nullptr) {
-        return slot.load();
-    }
-    HANDLE kept = nullptr;
-    if (slot.compare_exchange_strong(kept, made)) {
-        return made;
-    }
-    CloseHandle(made);
-    return kept;
-}
-
-HANDLE EnsureMutex(std::atomic<HANDLE>& slot) {
-    const HANDLE mutex = slot.load();
-    return mutex != nullptr
-               ? mutex
-               : KeepOne(slot, CreateMutexW(nullptr, FALSE, WIDE("ZBR_LOG_MAPLOCKNAME")));
-}
-
-HANDLE EnsureEvent(std::atomic<HANDLE>& slot) {
-    const HANDLE event = slot.load();
-    return event != nullptr
-               ? event
-               : KeepOne(slot, CreateEventW(nullptr, FALSE, FALSE, WIDE("ZBR_LOG_EVENTNAME")));
 }
 
 }  // namespace
@@ -107,7 +66,6 @@ WCHAR* SharedMap::EnsureView() {
     WCHAR* kept = nullptr;
     if (made != nullptr && view_.compare_exchange_strong(kept, made)) {
         map_.store(map);
-        size_.store(MapBytes);
         return made;
     }
     if (made != nullptr) {
@@ -124,7 +82,6 @@ void SharedMap::Close() {
     if (HANDLE map = map_.exchange(nullptr)) {
         CloseHandle(map);
     }
-    size_.store(0);
 }
 
 template <typename Append>
@@ -137,7 +94,8 @@ void ZBR_Log::WritePiece(std::size_t length, bool hasLineFeed, Append append) {
     if (block == nullptr) {
         return;
     }
-    const HANDLE mutex = EnsureMutex(mutex_);
+    const HANDLE mutex =
+        KeepOne(mutex_, [] { return CreateMutexW(nullptr, FALSE, WIDE("ZBR_LOG_MAPLOCKNAME")); });
     const DWORD wait = WaitForSingleObject(mutex, MutexWaitMilliseconds);
     if (wait != WAIT_OBJECT_0 && wait != WAIT_ABANDONED) {
         return;
@@ -149,7 +107,8 @@ void ZBR_Log::WritePiece(std::size_t length, bool hasLineFeed, Append append) {
     }
     ReleaseMutex(mutex);
     if (hasLineFeed && viewerRuns) {
-        SetEvent(EnsureEvent(event_));
+        SetEvent(KeepOne(
+            event_, [] { return CreateEventW(nullptr, FALSE, FALSE, WIDE("ZBR_LOG_EVENTNAME")); }));
     }
 }
 
@@ -194,6 +153,13 @@ ZBR_Log& ZBR_Log::operator<<(const char* text) {
 
 ZBR_Log& ZBR_Log::operator<<(const std::string& text) {
     return *this << text.c_str();
+}
+
+ZBR_Log& ZBR_Log::operator<<(Decimal number) {
+    WCHAR digits[349];
+    _ltow_s(number.value, digits, sizeof(digits) / sizeof(digits[0]), 10);
+    WriteWideText(digits);
+    return *this;
 }
 
 void ZBR_Log::Close() {

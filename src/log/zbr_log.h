@@ -24,7 +24,11 @@ class SharedMap {
   private:
     std::atomic<HANDLE> map_{nullptr};
     std::atomic<WCHAR*> view_{nullptr};
-    std::atomic<std::uint32_t> size_{0};
+};
+
+/// A number in a log line: decimal, with a "-" when negative.
+struct Decimal {
+    std::int32_t value;
 };
 
 /// The writer's side of the log channel: appends texts to the shared block for a viewer in another
@@ -51,6 +55,7 @@ class ZBR_Log final {
 
     ZBR_Log& operator<<(const char* text);
     ZBR_Log& operator<<(const std::string& text);
+    ZBR_Log& operator<<(Decimal number);
 
     /// Closes the event, the map and the mutex. The module calls it as its last act.
     void Close();
@@ -66,3 +71,10 @@ class ZBR_Log final {
 
 /// The one channel of the module, usable from its first instruction on.
 extern ZBR_Log LogChannel;
+
+/// Writes the pieces of one log line to LogChannel, one after the other. The last piece has to
+/// carry the line-feed. Any thread, under any lock; pieces of two threads' lines can mix.
+template <typename... Pieces>
+void WriteLine(const Pieces&... pieces) {
+    (LogChannel << ... << pieces);
+}

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "link/exchange.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "panel/readouts.h"
 #include "resources/resource_ids.h"
 #include "worker/moves.h"
@@ -56,17 +56,16 @@ void MyPanelOpenComm() {
     ZbComOpen();
 }
 
-int MyPanelSend(HWND panel) {
+void MyPanelSend(HWND panel) {
     const BoxText text = ReadBox(panel, IDC_SEND_TEXT, BoxText{}.size() - LineEndLength);
     std::string reply;
     if (ExchangeLocked((text.data() + std::string(RequestEnd)).c_str(), reply)) {
         SetDlgItemTextA(panel, IDC_RECEIVED, reply.c_str());
     }
-    return 1;
 }
 
-int MyPanelSetLight(HWND panel, int valueControl, int resultControl, const char* setPrefix,
-                    const char* query) {
+void MyPanelSetLight(HWND panel, int valueControl, int resultControl, const char* setPrefix,
+                     const char* query) {
     const BoxText text = ReadBox(panel, valueControl);
     try {
         const std::string command = LampCommand(setPrefix, text.data());
@@ -78,7 +77,6 @@ int MyPanelSetLight(HWND panel, int valueControl, int resultControl, const char*
     } catch (const std::exception&) {
         WriteLine("error converting: ", text.data(), "\n");
     }
-    return 1;
 }
 
 void MyPanelSetPosition(HWND panel) {

@@ -10,14 +10,14 @@
 void MyPanelOpenComm();
 
 /// "Send": sends the text of its box, at most 253 characters, with CR LF, and shows the whole reply
-/// in "Received Buffer:". The text is not looked at. Always 1.
-int MyPanelSend(HWND panel);
+/// in "Received Buffer:". The text is not looked at.
+void MyPanelSend(HWND panel);
 
 /// "Set Light": sets a lamp to the percentage in `valueControl`, held to 0 to 100, and shows the
 /// controller's answer to the query in `resultControl`. A text without a number is logged and
-/// nothing is sent. Always 1.
-int MyPanelSetLight(HWND panel, int valueControl, int resultControl, const char* setPrefix,
-                    const char* query);
+/// nothing is sent.
+void MyPanelSetLight(HWND panel, int valueControl, int resultControl, const char* setPrefix,
+                     const char* query);
 
 /// "Set Position": moves to the two or three numbers in its box, Z to 0.0 if there are two. With
 /// fewer it does nothing. The log tells the end of the move.

@@ -1,11 +1,11 @@
 #include "panel/buffer_boxes.h"
 
-#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "link/line_listener.h"
+#include "link/serial_port.h"
+#include "platform/guard.h"
 #include "platform/lock_hold.h"
 #include "resources/resource_ids.h"
 
@@ -21,21 +21,18 @@ struct {
     bool isPosted = false;                ///< the panel has been asked to look
 } boxes ZB_GUARDED_BY(boxLock);
 
-void Keep(LineText way, const std::string& text) {
+bool Keep(LineText way, const std::string& text) {
     const LockHold hold(boxLock);
     (way == LineText::Sent ? boxes.sent : boxes.received) = text;
     if (!boxes.isPosted) {
         boxes.isPosted = PostMessageW(boxes.panel, BufferBoxesMessage, 0, 0) != FALSE;
     }
+    return true;
 }
 
 /// A text that there is no memory for is not shown; the exchange goes on.
 void Hear(LineText way, const std::string& text) noexcept {
-    try {
-        Keep(way, text);
-    } catch (const std::exception&) {
-        return;
-    }
+    Guarded(false, [&] { return Keep(way, text); });
 }
 
 void Show(HWND panel, int control, const std::optional<std::string>& text) {

@@ -7,9 +7,8 @@
 #include "panel/actions.h"
 #include "panel/buffer_boxes.h"
 #include "panel/readouts.h"
-#include "platform/guarded_procedure.h"
+#include "platform/guard.h"
 #include "resources/resource_ids.h"
-#include "settings/module_instance.h"
 #include "settings/settings.h"
 
 std::atomic<HWND> PanelWindow{nullptr};
@@ -69,42 +68,49 @@ INT_PTR Command(HWND window, int control) {
         case IDC_CLOSE:
         case IDCANCEL:
             Hide(window);
-            return 1;
+            break;
         case IDC_OPEN_COMM:
             MyPanelOpenComm();
-            return 1;
+            break;
         case IDC_CLOSE_COMM:
             ClosePortWhenFree();
-            return 1;
+            break;
         case IDC_HOME:
             RunManualHoming(window);
-            return 1;
+            break;
         case IDC_HOME_CNC:
             RunAutoHoming(window);
-            return 1;
+            break;
         case IDC_REMOTE_ENABLE:
-            return MyRemoteEnable();
+            MyRemoteEnable();
+            break;
         case IDC_SEND:
-            return MyPanelSend(window);
+            MyPanelSend(window);
+            break;
         case IDC_GET_POSITION:
-            return MyPanelGetPosition(window);
+            MyPanelGetPosition(window);
+            break;
         case IDC_SET_LIGHT_1:
-            return MyPanelSetLight(window, IDC_LIGHT_1_PERCENT, IDC_LIGHT_1_REPLY,
-                                   PanelLamp1.setPrefix, PanelLamp1.query);
+            MyPanelSetLight(window, IDC_LIGHT_1_PERCENT, IDC_LIGHT_1_REPLY, PanelLamp1.setPrefix,
+                            PanelLamp1.query);
+            break;
         case IDC_STREAM_POSITION:
             ToggleStream(window);
-            return 1;
+            break;
         case IDC_SET_LIGHT_2:
-            return MyPanelSetLight(window, IDC_LIGHT_2_PERCENT, IDC_LIGHT_2_REPLY,
-                                   PanelLamp2.setPrefix, PanelLamp2.query);
+            MyPanelSetLight(window, IDC_LIGHT_2_PERCENT, IDC_LIGHT_2_REPLY, PanelLamp2.setPrefix,
+                            PanelLamp2.query);
+            break;
         case IDC_GET_STATUS:
-            return MyPanelGetStatus(window);
+            MyPanelGetStatus(window);
+            break;
         case IDC_SET_POSITION:
             MyPanelSetPosition(window);
-            return 1;
+            break;
         default:
             return 0;
     }
+    return 1;
 }
 
 INT_PTR Handle(HWND window, UINT message, WPARAM wParam) {
@@ -182,5 +188,5 @@ void ShowPanelIfWanted() {
 }
 
 INT_PTR CALLBACK MyPanelDialogProc(HWND window, UINT message, WPARAM wParam, LPARAM) {
-    return GuardedProcedure([=] { return Handle(window, message, wParam); });
+    return Guarded(INT_PTR{1}, [=] { return Handle(window, message, wParam); });
 }

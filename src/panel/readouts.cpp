@@ -2,9 +2,8 @@
 
 #include <string>
 
-#include "log/log_line.h"
-#include "replies/position.h"
-#include "replies/switches_and_lamps.h"
+#include "log/zbr_log.h"
+#include "replies/queries.h"
 #include "resources/resource_ids.h"
 #include "settings/settings.h"
 
@@ -34,15 +33,14 @@ std::string StatusText(const SswcReply& reply) {
 
 /// One readout: the number goes up only for a reply that is shown.
 template <typename Reply>
-int ShowReadout(HWND panel, int control, bool (*query)(Reply&), std::uint32_t& count,
-                std::string (*text)(const Reply&)) {
+void ShowReadout(HWND panel, int control, bool (*query)(Reply&), std::uint32_t& count,
+                 std::string (*text)(const Reply&)) {
     MyPanelReadPortFields(panel);
     Reply reply;
     if (query(reply)) {
         ++count;
         SetDlgItemTextA(panel, control, text(reply).c_str());
     }
-    return 1;
 }
 
 }  // namespace
@@ -60,12 +58,12 @@ void MyPanelReadPortFields(HWND panel) {
     StorePortSettings(settings);
 }
 
-int MyPanelGetPosition(HWND panel) {
-    return ShowReadout(panel, IDC_POSITION, MyQueryCposmr, PositionReadoutCount, PositionText);
+void MyPanelGetPosition(HWND panel) {
+    ShowReadout(panel, IDC_POSITION, MyQueryCposmr, PositionReadoutCount, PositionText);
 }
 
-int MyPanelGetStatus(HWND panel) {
-    return ShowReadout(panel, IDC_STATUS, MyQuerySswc, StatusReadoutCount, StatusText);
+void MyPanelGetStatus(HWND panel) {
+    ShowReadout(panel, IDC_STATUS, MyQuerySswc, StatusReadoutCount, StatusText);
 }
 
 void MyOvsCncCallbackFunc(bool finished, bool error, const McndReply*, std::intptr_t data) {

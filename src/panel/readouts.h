@@ -14,9 +14,9 @@
 /// next opening.
 void MyPanelReadPortFields(HWND panel);
 
-/// Both: copy the port fields, ask, count and show. Always 1.
-int MyPanelGetPosition(HWND panel);
-int MyPanelGetStatus(HWND panel);
+/// Both: copy the port fields, ask, count and show.
+void MyPanelGetPosition(HWND panel);
+void MyPanelGetStatus(HWND panel);
 
 /// What "Set Position" registers for the end of its move: logs it. Runs on the worker.
 void MyOvsCncCallbackFunc(bool finished, bool error, const McndReply* reply, std::intptr_t data);

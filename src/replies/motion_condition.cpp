@@ -1,13 +1,10 @@
-#include "replies/motion_condition.h"
-
 #include <string>
 
 #include "log/zbr_log.h"
+#include "replies/queries.h"
 #include "replies/query.h"
 
 namespace {
-
-constexpr std::size_t Tokens = 14;
 
 struct NamedField {
     const char* name;
@@ -15,7 +12,7 @@ struct NamedField {
 };
 
 /// The fields in the order of the wire, with their names in the log.
-constexpr NamedField Fields[Tokens - 1] = {
+constexpr NamedField Fields[] = {
     {" cancelled=", &McndReply::cancelled}, {" x moving=", &McndReply::xMoving},
     {" y moving=", &McndReply::yMoving},    {" z moving=", &McndReply::zMoving},
     {" x result=", &McndReply::xResult},    {" y result=", &McndReply::yResult},
@@ -24,14 +21,14 @@ constexpr NamedField Fields[Tokens - 1] = {
     {" x sw limit=", &McndReply::xSwLimit}, {" y sw limit=", &McndReply::ySwLimit},
     {" z sw limit=", &McndReply::zSwLimit},
 };
+constexpr std::size_t Count = std::size(Fields);
 
-void LogFieldsAsTheyCame(const std::array<char*, Tokens>& tokens) {
+void LogFieldsAsTheyCame(const Tokens<Count>& tokens) {
     std::string line = "MCND1";
-    for (std::size_t i = 0; i < Tokens; ++i) {
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
         line += " p" + std::to_string(i) + " = " + tokens[i];
     }
-    line += "\n";
-    LogChannel << line << "\n";
+    WriteLine(line + "\n", "\n");
 }
 
 void LogNumbers(const McndReply& record) {
@@ -39,26 +36,20 @@ void LogNumbers(const McndReply& record) {
     for (const NamedField& field : Fields) {
         line += field.name + std::to_string(record.*field.field);
     }
-    line += "\n";
-    LogChannel << line << "\n";
+    WriteLine(line + "\n", "\n");
 }
 
 }  // namespace
 
 bool MyQueryMcnd(McndReply& record) {
     ExchangeReplyBuffer buffer{};
-    std::array<char*, Tokens> tokens{};
-    if (!QueryTokens(MotionQuery, ListDelimiters<Tokens>(','), record, buffer, tokens)) {
+    Tokens<Count> tokens{};
+    if (!QueryTokens<Count>(MotionQuery, ',', record, buffer, tokens, LogFieldsAsTheyCame)) {
         return false;
     }
-    LogFieldsAsTheyCame(tokens);
-    if (!AcceptFields(tokens, record, buffer)) {
-        return false;
-    }
-    for (std::size_t i = 0; i < std::size(Fields); ++i) {
+    for (std::size_t i = 0; i < Count; ++i) {
         record.*Fields[i].field = FieldNumber(tokens[i + 1]);
     }
-    record.replyError = 0;
     LogNumbers(record);
     return true;
 }

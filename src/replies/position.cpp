@@ -1,7 +1,6 @@
-#include "replies/position.h"
-
 #include <atomic>
 
+#include "replies/queries.h"
 #include "replies/query.h"
 
 namespace {
@@ -27,15 +26,12 @@ bool MyQueryCposmr(CposmrReply& record) {
     record.y = static_cast<std::int32_t>(filler + 1);
     record.z = static_cast<std::int32_t>(filler + 2);
     ExchangeReplyBuffer buffer{};
-    std::array<char*, 4> tokens{};
-    if (!QueryTokens(PositionQuery, ListDelimiters<4>('\r'), record, buffer, tokens) ||
-        !AcceptFields(tokens, record, buffer)) {
+    Tokens<3> tokens{};
+    if (!QueryTokens<3>(PositionQuery, '\r', record, buffer, tokens)) {
         return false;
     }
-    const auto [name, x, y, z] = tokens;
-    ReadAxis(x, record.x, record.xError, record.xErrorText);
-    ReadAxis(y, record.y, record.yError, record.yErrorText);
-    ReadAxis(z, record.z, record.zError, record.zErrorText);
-    record.replyError = 0;
+    ReadAxis(tokens[1], record.x, record.xError, record.xErrorText);
+    ReadAxis(tokens[2], record.y, record.yError, record.yErrorText);
+    ReadAxis(tokens[3], record.z, record.zError, record.zErrorText);
     return true;
 }

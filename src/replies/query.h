@@ -2,54 +2,75 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "link/protocol.h"
-#include "replies/tokenizer.h"
 
 // What all queries share: one exchange, the cut of the reply into tokens, and the ways to fail. A
 // failing query marks its record, logs one line and gives false.
 
+/// Cuts the next token out of a text, in place, as strtok does with a one-character set: leading
+/// delimiters are skipped, the delimiter behind the token becomes its end. `rest` is the caller's
+/// position and moves behind the token. Null when nothing is left.
+char* NextToken(char*& rest, char delimiter);
+
+/// A field's number as atol reads it: white space, sign, digits, 0 without digits. A number beyond
+/// 32 bits becomes the nearest one that fits.
+std::int32_t FieldNumber(const char* field);
+
 void LogFailedExchange();
+/// The line shows the reply as far as its first cut, which is its name.
 void LogFailedReply(const ExchangeReplyBuffer& buffer);
 
-/// Marks the record as failed for the reason given. The line shows the reply as far as its first
-/// cut, which is its name. Always false.
-template <typename Record>
-bool FailReply(Record& record, const char* reason, const ExchangeReplyBuffer& buffer) {
-    record.replyError = 1;
-    record.replyErrorText = reason;
-    LogFailedReply(buffer);
-    return false;
+/// A reply's tokens: its name and its fields.
+template <std::size_t Fields>
+using Tokens = std::array<char*, Fields + 1>;
+
+/// Cuts a reply in its place: the name ends at "=", each field at ",", but the last at `lastEnd`.
+/// False when a token is missing.
+template <std::size_t Fields>
+bool CutTokens(char* text, char lastEnd, Tokens<Fields>& tokens) {
+    for (std::size_t i = 0; i <= Fields; ++i) {
+        tokens[i] = NextToken(text, i == 0 ? '=' : i == Fields ? lastEnd : ',');
+        if (tokens[i] == nullptr) {
+            return false;
+        }
+    }
+    return true;
 }
 
-/// Runs the exchange and cuts the reply, in the buffer, into one token per delimiter: the reply's
-/// name and its fields.
-template <std::size_t Count, typename Record>
-bool QueryTokens(const Query& query, const std::array<char, Count>& delimiters, Record& record,
-                 ExchangeReplyBuffer& buffer, std::array<char*, Count>& tokens) {
-    if (!ExchangeChecked(query.request, query.prefix, buffer)) {
+/// Asks, and cuts the reply in the buffer. True unless a token is missing or the controller
+/// refuses, with "#" in the first field and the reason in the second. `see` gets the tokens of a
+/// whole reply before the refusal is looked at.
+template <std::size_t Fields, typename Record, typename See>
+bool QueryTokens(const Query& query, char lastEnd, Record& record, ExchangeReplyBuffer& buffer,
+                 Tokens<Fields>& tokens, const See& see) {
+    const auto fail = [&](const char* reason) {
         record.replyError = 1;
-        record.replyErrorText = "COMM ERROR";
+        record.replyErrorText = reason;
+    };
+    if (!ExchangeChecked(query.request, query.prefix, buffer)) {
+        fail("COMM ERROR");
         LogFailedExchange();
         return false;
     }
-    return CutTokens(buffer.data(), delimiters, tokens) || FailReply(record, "CMD ERROR", buffer);
+    if (!CutTokens<Fields>(buffer.data(), lastEnd, tokens)) {
+        fail("CMD ERROR");
+        LogFailedReply(buffer);
+        return false;
+    }
+    see(tokens);
+    if (tokens[1][0] == '#') {
+        fail(tokens[2]);
+        LogFailedReply(buffer);
+        return false;
+    }
+    record.replyError = 0;
+    return true;
 }
 
-/// The controller's refusal: "#" in the first field, the reason in the second.
-template <std::size_t Count, typename Record>
-bool AcceptFields(const std::array<char*, Count>& tokens, Record& record,
-                  const ExchangeReplyBuffer& buffer) {
-    return tokens[1][0] != '#' || FailReply(record, tokens[2], buffer);
-}
-
-/// The delimiters of a list of numbers: the name ends at "=", the fields at ",", the last at
-/// `last`.
-template <std::size_t Count>
-constexpr std::array<char, Count> ListDelimiters(char last) {
-    std::array<char, Count> delimiters{};
-    delimiters.fill(',');
-    delimiters.front() = '=';
-    delimiters.back() = last;
-    return delimiters;
+template <std::size_t Fields, typename Record>
+bool QueryTokens(const Query& query, char lastEnd, Record& record, ExchangeReplyBuffer& buffer,
+                 Tokens<Fields>& tokens) {
+    return QueryTokens<Fields>(query, lastEnd, record, buffer, tokens, [](const auto&) {});
 }

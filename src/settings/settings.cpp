@@ -3,7 +3,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "settings/module_instance.h"
+#include "settings/settings.h"
 
 HINSTANCE ModuleInstance = nullptr;
 std::atomic<std::uint8_t> SerialLogEnabled{0};

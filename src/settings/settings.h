@@ -5,6 +5,9 @@
 
 #include "platform/lock_hold.h"
 
+/// The module's own handle: the source of its dialogs and pictures. Written at load.
+extern HINSTANCE ModuleInstance;
+
 /// 1 while the chatty serial log lines are wanted. Written at load and by the worker's reload.
 extern std::atomic<std::uint8_t> SerialLogEnabled;
 

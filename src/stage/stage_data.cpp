@@ -3,31 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <utility>
 
+#include "platform/ownership.h"
 #include "settings/settings.h"
 
 CRITICAL_SECTION StageDataLock;
 
 namespace {
 
-/// Storage without a life of its own: the record's construction and teardown have their place in
-/// the module's start and end.
-union StageDataStorage {
-    constexpr StageDataStorage() : empty() {}
-    ~StageDataStorage() {}
-    char empty;
-    OviskData data;
-};
-
-constinit StageDataStorage storage;
+constinit Late<OviskData> shared;
 
 constexpr std::int32_t SwitchActive = 1;
-
-std::int32_t Latched(std::int32_t reported, std::int32_t held) {
-    return reported == SwitchActive ? 1 : held;
-}
 
 bool SameLamps(const LabrReply& a, const LabrReply& b) {
     return a.labr1 == b.labr1 && a.labr2 == b.labr2 && a.labr4 == b.labr4 && a.labr5 == b.labr5 &&
@@ -39,26 +26,25 @@ OviskData SharedCopy() {
     return SharedStageData;
 }
 
-/// As lround rounds, which would be a call of the C library, three times in each snapshot. What is
-/// added is the largest number below a half: with the half itself that number would become 1.
-inline std::int32_t Scaled(std::int32_t counts, double scale) {
+/// Rounds as lround does, which as a call of the C library takes a third of a snapshot's time. What
+/// is added is the largest number below a half: with the half itself that number would become 1.
+std::int32_t Scaled(std::int32_t counts, double scale) {
     using Limits = std::numeric_limits<std::int32_t>;
     constexpr double AlmostHalf = 0.49999999999999994;
-    const double quotient =
-        std::clamp<double>(static_cast<double>(counts) / scale, Limits::min(), Limits::max());
+    const double quotient = std::clamp<double>(counts / scale, Limits::min(), Limits::max());
     return static_cast<std::int32_t>(quotient + std::copysign(AlmostHalf, quotient));
 }
 
 }  // namespace
 
-OviskData& SharedStageData = storage.data;
+OviskData& SharedStageData = shared.object;
 
 void MakeStageData() {
-    std::construct_at(&storage.data);
+    shared.Begin();
 }
 
 void ReleaseStageData() {
-    std::destroy_at(&storage.data);
+    shared.End();
 }
 
 void MergePosition(CposmrReply&& reply) {
@@ -68,19 +54,19 @@ void MergePosition(CposmrReply&& reply) {
 
 void MergeSwitches(SswcReply&& reply) {
     const LockHold hold(StageDataLock);
-    SswcReply& shared = SharedStageData.sswc;
-    reply.EMER_SW = Latched(reply.EMER_SW, shared.EMER_SW);
-    reply.SW_Y = Latched(reply.SW_Y, shared.SW_Y);
-    reply.DATA_SW = Latched(reply.DATA_SW, shared.DATA_SW);
-    reply.FOOT_SW = Latched(reply.FOOT_SW, shared.FOOT_SW);
-    shared = std::move(reply);
+    SswcReply& held = SharedStageData.sswc;
+    for (const auto latch :
+         {&SswcReply::EMER_SW, &SswcReply::SW_Y, &SswcReply::DATA_SW, &SswcReply::FOOT_SW}) {
+        reply.*latch = reply.*latch == SwitchActive ? 1 : held.*latch;
+    }
+    held = std::move(reply);
 }
 
 void MergeLamps(LabrReply&& reply) {
     const LockHold hold(StageDataLock);
-    LabrReply& shared = SharedStageData.labr;
-    reply.lampChanged = shared.lampChanged == 1 || !SameLamps(reply, shared) ? 1 : 0;
-    shared = std::move(reply);
+    LabrReply& held = SharedStageData.labr;
+    reply.lampChanged = held.lampChanged == 1 || !SameLamps(reply, held) ? 1 : 0;
+    held = std::move(reply);
 }
 
 void CopyStageData(OviskData& data) {

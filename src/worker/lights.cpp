@@ -6,7 +6,7 @@
 
 #include "link/command_queue.h"
 #include "link/protocol.h"
-#include "log/log_line.h"
+#include "log/zbr_log.h"
 #include "settings/settings.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "link/protocol.h"
-#include "log/log_line.h"
-#include "replies/motion_condition.h"
+#include "log/zbr_log.h"
+#include "replies/queries.h"
 
 std::atomic<std::uint8_t> MoveActive{0};
 

@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "platform/win32.h"
-#include "replies/switches_and_lamps.h"
+#include "replies/queries.h"
 #include "stage/stage_data.h"
 #include "worker/moves.h"
+#include "worker/period.h"
 
 namespace {
 
-constexpr ULONGLONG StatusPollMilliseconds = 500;
+constinit Period statusPoll(500);
 
 void PollSwitches() {
     SswcReply reply;
@@ -28,12 +28,9 @@ void PollLamps() {
 }  // namespace
 
 void MyPollStep() {
-    const ULONGLONG now = GetTickCount64();
-    static ULONGLONG LastStatusPollTick = now;
-    if (now - LastStatusPollTick <= StatusPollMilliseconds) {
+    if (!statusPoll.HasPassed()) {
         return;
     }
-    LastStatusPollTick = now;
     PollSwitches();
     PollLamps();
     if (MoveActive.load() != 0) {

@@ -6,18 +6,16 @@
 #include "homing/manual_homing.h"
 #include "link/command_queue.h"
 #include "link/line_gate.h"
-#include "replies/position.h"
-#include "settings/module_instance.h"
+#include "replies/queries.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
+#include "worker/period.h"
 #include "worker/status_poll.h"
 
 std::atomic<std::uint8_t> StopRequested{0};
 std::atomic<std::uint8_t> WorkerFinished{0};
 
 namespace {
-
-constexpr ULONGLONG ReloadMilliseconds = 2000;
 
 void PollPosition() {
     CposmrReply reply;
@@ -53,11 +51,9 @@ void DrainCommands() {
 void RunPasses() {
     HANDLE event = OpenCommandEvent();
     const DWORD pollTimeOut = ReadCommandPoll();
-    ULONGLONG reloadTick = GetTickCount64();
+    Period reload(2000);
     while (StopRequested.load() == 0) {
-        const ULONGLONG now = GetTickCount64();
-        if (now - reloadTick > ReloadMilliseconds) {
-            reloadTick = now;
+        if (reload.HasPassed()) {
             ReloadSettings();
         }
         const DWORD wait = WaitForSingleObject(event, pollTimeOut);

@@ -1,7 +1,6 @@
 #include <limits>
 
-#include "replies/position.h"
-#include "replies/switches_and_lamps.h"
+#include "replies/queries.h"
 #include "rooms/room_test.h"
 
 using test_support::LineTest;

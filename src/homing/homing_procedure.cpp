@@ -1,7 +1,19 @@
-#include "homing/homing_dialog.h"
+#include "homing/homing_procedure.h"
 
 #include "resources/resource_ids.h"
-#include "settings/module_instance.h"
+#include "settings/settings.h"
+
+bool HomingCondition::Query() {
+    if (!ExchangeChecked(HomingQuery.request, HomingQuery.prefix, buffer_)) {
+        return false;
+    }
+    char* rest = buffer_.data();
+    NextToken(rest, '=');
+    for (const char*& field : fields_) {
+        field = NextToken(rest, ',');
+    }
+    return true;
+}
 
 void PlaceHomingDialog(HWND dialog) {
     HWND parent = GetParent(dialog);
@@ -30,9 +42,6 @@ void RunHomingDialog(int resource, HWND parent, DLGPROC procedure, std::atomic<b
     if (open.exchange(true)) {
         return;
     }
-    const struct Reset {
-        std::atomic<bool>& open;
-        ~Reset() { open.store(false); }
-    } reset{open};
     DialogBoxParamW(ModuleInstance, MAKEINTRESOURCEW(resource), parent, procedure, 0);
+    open.store(false);
 }
