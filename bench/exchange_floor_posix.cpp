@@ -1,6 +1,6 @@
 #include "bare_line_posix.h"
 #include "exchange_bench.h"
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 
 namespace {
 

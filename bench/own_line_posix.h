@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "simulator/controller.h"
 #include "simulator/pty_transport.h"
 

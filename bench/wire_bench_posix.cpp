@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "controller/controller_line.h"
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "running_worker.h"
 #include "worker/lights.h"
 

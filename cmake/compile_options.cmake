@@ -1,7 +1,7 @@
 # One interface target that every target of the project links: warnings, sanitizers, sections.
 add_library(ovisk_options INTERFACE)
 target_compile_features(ovisk_options INTERFACE cxx_std_20)
-target_include_directories(ovisk_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(ovisk_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
 
 if(MSVC)
     target_compile_options(ovisk_options INTERFACE /W4 /permissive- /utf-8 /EHsc)

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "failing_calls/failing.h"
-#include "platform/posix/handle.h"
+#include "native/handle.h"
 
 /// The address that a function returns to, taken in the function itself.
 #define CALLER __builtin_return_address(0)

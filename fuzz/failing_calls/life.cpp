@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/posix/headless.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/virtual_time.h"
+#include "native/headless.h"
+#include "native/machine.h"
+#include "native/virtual_time.h"
 #include "support/machine.h"
 
 namespace failing {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "failing_calls/world.h"
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 
 namespace failing {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/posix/local_port.h"
+#include "native/local_port.h"
 #include "simulator/protocol.h"
 #include "simulator/request_reader.h"
 

@@ -1,6 +1,6 @@
 #include "failing_calls/operations.h"
-#include "platform/posix/headless.h"
-#include "platform/posix/virtual_time.h"
+#include "native/headless.h"
+#include "native/virtual_time.h"
 #include "resources/resource_ids.h"
 
 namespace failing {

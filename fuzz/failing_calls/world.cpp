@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "platform/posix/headless.h"
-#include "platform/posix/virtual_time.h"
+#include "native/headless.h"
+#include "native/virtual_time.h"
 
 namespace failing {
 namespace {

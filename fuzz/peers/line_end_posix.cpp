@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 
 namespace peers {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/posix/headless.h"
+#include "native/headless.h"
 #include "resources/resource_ids.h"
 #include "simulation/actors.h"
 #include "simulation/world.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 #include "simulator/axis.h"
 
 namespace simulation {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 #include "simulation/world.h"
 
 namespace simulation {

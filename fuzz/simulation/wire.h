@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/posix/local_port.h"
+#include "native/local_port.h"
 #include "simulation/faults.h"
 #include "simulation/plan.h"
 #include "simulation/reference.h"

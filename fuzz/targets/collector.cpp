@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "link/protocol.h"
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 #include "targets/fuzz_module.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "host/process_attach.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/virtual_time.h"
+#include "native/machine.h"
+#include "native/virtual_time.h"
 
 namespace fuzz {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/local_port.h"
+#include "native/local_port.h"
 
 /// The module's rooms for a fuzzer: brought up once, on a clock that jumps, with a machine of its
 /// own and a peer at its port. All on the fuzzer's one thread, unless a target makes a worker.

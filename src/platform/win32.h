@@ -2,7 +2,7 @@
 
 /// The one door to Win32. On Windows it is <windows.h>; elsewhere it declares the closed list of
 /// Win32 names that this project calls, with their real signatures and constants, and the layer in
-/// platform/posix/ keeps their meaning. What that layer cannot do fully right is not declared.
+/// native/ keeps their meaning. What that layer cannot do fully right is not declared.
 
 #ifdef _WIN32
 
@@ -16,8 +16,8 @@
 
 #else
 
-#include "platform/posix/win32_functions.h"
-#include "platform/posix/win32_types.h"
+#include "native/win32_functions.h"
+#include "native/win32_types.h"
 
 /// A literal of WCHARs.
 #define WIDE(text) u##text

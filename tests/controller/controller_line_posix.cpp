@@ -1,5 +1,5 @@
 #include "controller/controller_line.h"
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "simulator/pty_transport.h"
 
 namespace test_support {

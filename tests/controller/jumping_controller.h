@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/posix/local_port.h"
+#include "native/local_port.h"
 #include "simulator/device.h"
 #include "support/clock.h"
 

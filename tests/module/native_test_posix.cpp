@@ -1,5 +1,5 @@
 #include "module/panel_test.h"
-#include "platform/posix/headless.h"
+#include "native/headless.h"
 
 // What only a native machine can do: a port that comes and goes; and what only there can be seen.
 

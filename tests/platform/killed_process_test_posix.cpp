@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "platform/win32.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "controller/controller_line.h"
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "platform/win32.h"
 #include "simulator/pty_transport.h"
 

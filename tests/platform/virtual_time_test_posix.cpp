@@ -1,4 +1,4 @@
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/headless.h"
-#include "platform/posix/local_port.h"
+#include "native/headless.h"
+#include "native/local_port.h"
 #include "platform/win32.h"
 
 namespace {

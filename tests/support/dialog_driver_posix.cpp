@@ -1,4 +1,4 @@
-#include "platform/posix/headless.h"
+#include "native/headless.h"
 #include "support/dialog_driver.h"
 
 namespace test_support {

@@ -1,6 +1,6 @@
 #include <cstdlib>
 
-#include "platform/posix/virtual_time.h"
+#include "native/virtual_time.h"
 #include "support/clock.h"
 
 namespace {

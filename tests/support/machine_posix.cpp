@@ -1,6 +1,6 @@
 #include <dlfcn.h>
 
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 
 #include "support/machine.h"
 

@@ -1,4 +1,4 @@
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 #include "support/window.h"
 
 namespace test_support {

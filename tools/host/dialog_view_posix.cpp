@@ -1,5 +1,5 @@
 #include "host/dialog_view.h"
-#include "platform/posix/headless.h"
+#include "native/headless.h"
 #include "resources/resource_ids.h"
 
 namespace host_tool {

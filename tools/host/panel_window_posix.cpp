@@ -1,5 +1,5 @@
 #include "host/panel_window.h"
-#include "platform/posix/headless.h"
+#include "native/headless.h"
 #include "resources/resource_ids.h"
 
 namespace host_tool {

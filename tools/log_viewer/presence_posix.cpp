@@ -1,6 +1,6 @@
 #include "log_viewer/channel.h"
 #include "log_viewer/presence.h"
-#include "platform/posix/machine.h"
+#include "native/machine.h"
 
 namespace log_viewer {
 
