@@ -22,6 +22,8 @@ void AttachProcess(HINSTANCE module) {
 }
 
 void DetachProcess() {
+    // A host may have used the line after its stop; the next load has to find the port free.
+    ClosePortWhenFree();
     FreeComLock();
     FreeCommandQueue();
     ReleaseStageData();

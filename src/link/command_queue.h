@@ -40,9 +40,8 @@ bool PostCommand(std::uint32_t id, const std::string& text) ZB_EXCLUDES(CommandQ
 
 /// Takes the oldest command, folds all newer ones of its id into it, and logs a line for each of
 /// those: `entry` has the place of the oldest and the text of the newest. Until the next call it is
-/// the one that can be called off. Commands of other ids
-/// keep their order. False when the queue is empty; `entry` is then unchanged. Linear in the length
-/// of the queue.
+/// the one that can be called off. Commands of other ids keep their order. False when the queue is
+/// empty; `entry` is then unchanged. Linear in the length of the queue.
 bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) ZB_REQUIRES(CommandQueueLock);
 
 /// Takes back the commands with this text, of at most 15 characters, that have not been written

@@ -6,8 +6,8 @@
 #include "platform/lock_hold.h"
 
 /// The one lock of the serial link: guards the port and is held for one whole exchange, up to
-/// about 3.7 s at worst. Take it through ComLockHold. Inside it only the port settings' lock and
-/// the log channel's mutex are taken, around it only the lock of the moves' order.
+/// about 3.7 s at worst. Take it through ComLockHold. Inside it only the port settings' lock, that
+/// of the panel's boxes and the log channel's mutex are taken.
 extern CRITICAL_SECTION ComLock;
 
 /// The open port, null when it is closed.

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <iterator>
 
-#include "settings/settings.h"
-
 HINSTANCE ModuleInstance = nullptr;
 std::atomic<std::uint8_t> SerialLogEnabled{0};
 std::atomic<double> ScaleFactor{0.0};

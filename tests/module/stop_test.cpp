@@ -155,6 +155,15 @@ TEST_F(StopTest, UnloadingIsSafeOnADeadLine) {
     EXPECT_TRUE(Line()->WaitForRequest("@CPOSMR?\r\n", 2, 60s)) << "a fresh module";
 }
 
+TEST_F(StopTest, FreshModuleFindsThePortFree) {
+    StartOnLine();
+    Stop();
+    EXPECT_TRUE(Module().ZbOvisk_CncGotoAbsoluteNotifyWorld(0.01, 0, 0, nullptr, 0));
+    EXPECT_FALSE(PortIsFree()) << "the host's own move opened it";
+    Unload();
+    EXPECT_TRUE(PortIsFree());
+}
+
 TEST_F(StopTest, UnloadingARunningModuleLeavesItsWorkerAtWork) {
     StartOnLine();
     UnloadAtOnce();
