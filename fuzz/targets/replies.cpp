@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "homing/homing_condition.h"
+#include "homing/homing_procedure.h"
 #include "replies/queries.h"
 #include "targets/fuzz_module.h"
 
@@ -32,9 +32,10 @@ void AskHoming() {
     if (!condition.Query()) {
         return;
     }
-    for (std::size_t number = 2; number <= HomingCondition::Fields; ++number) {
-        FUZZ_REQUIRE(!condition.Has(number) || condition.Has(number - 1));
-        FUZZ_REQUIRE(!condition.Has(number) || condition.Field(number)[0] != 0);
+    for (std::size_t number = 2; number <= YStatusField; ++number) {
+        const char* const field = condition.Field(number);
+        FUZZ_REQUIRE(field == nullptr || condition.Field(number - 1) != nullptr);
+        FUZZ_REQUIRE(field == nullptr || field[0] != 0);
     }
 }
 

@@ -26,11 +26,19 @@ constexpr milliseconds SilentRead = 2650ms;
 // How long to look whether something goes wrong: minutes where they cost nothing.
 const milliseconds LongWatch = TimesAreExact() ? 10min : 6s;
 
-/// Another program's view of the port.
+/// Another program's view of the port. Wine shares an open port, and so calls it free.
 bool PortIsFree() {
     const HANDLE port = CreateFileA(R"(\\.\COM3)", GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                     OPEN_EXISTING, 0, nullptr);
     return port != INVALID_HANDLE_VALUE && CloseHandle(port) != FALSE;
+}
+
+bool OpenPortsAreShared() {
+    const HANDLE port = CreateFileA(R"(\\.\COM3)", GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    const bool shared = PortIsFree();
+    CloseHandle(port);
+    return shared;
 }
 
 class StopTest : public ModuleTest {
@@ -158,6 +166,9 @@ TEST_F(StopTest, UnloadingIsSafeOnADeadLine) {
 TEST_F(StopTest, FreshModuleFindsThePortFree) {
     StartOnLine();
     Stop();
+    if (OpenPortsAreShared()) {
+        GTEST_SKIP() << "no program can be kept from the port here";
+    }
     EXPECT_TRUE(Module().ZbOvisk_CncGotoAbsoluteNotifyWorld(0.01, 0, 0, nullptr, 0));
     EXPECT_FALSE(PortIsFree()) << "the host's own move opened it";
     Unload();

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include "controller/log_tap.h"
-#include "log/zbr_log.h"
 #include "support/window.h"
 
 using test_support::LogBlock;
