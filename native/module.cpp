@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cstdlib>
 #include <exception>
@@ -26,11 +27,15 @@ HINSTANCE ModuleOf(ModuleLife::Entry entry) {
     return BaseOf(reinterpret_cast<void*>(entry));
 }
 
-/// One more hold on the library that an address lies in; null if there is none.
+/// One more hold on the library or program that an address lies in; null if there is none.
 void* Hold(const void* address, int flags) {
     Dl_info info{};
-    return dladdr(address, &info) != 0 ? dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | flags)
-                                       : nullptr;
+    link_map* map = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0) {
+        return nullptr;
+    }
+    const bool isProgram = map->l_name[0] == 0;
+    return dlopen(isProgram ? nullptr : map->l_name, RTLD_NOW | RTLD_NOLOAD | flags);
 }
 
 }  // namespace
