@@ -31,6 +31,9 @@ void StartDialog(HWND dialog, State& homing) {
     SetDlgItemTextW(dialog, IDC_HOMING_TEXT, homing.text);
     AutoHomingBitmap = LoadPicture(IDB_COLUMN_UP);
     ShowPicture(dialog, AutoHomingBitmap);
+    if (AutoHomingRuns()) {
+        EndHoming(homing.state, HomingEnd::Cancelled);
+    }
     homing.state.Begin(State::Confirmation);
     WithdrawStarts();
     SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
@@ -46,7 +49,7 @@ void PressOk(HWND dialog, State& homing) {
 }
 
 void Leave(HWND dialog, State& homing) {
-    homing.state.Set(HomingIdle);
+    EndHoming(homing.state, HomingEnd::Cancelled);
     EndDialog(dialog, 0);
 }
 
@@ -129,6 +132,11 @@ bool AutoHomingRuns() {
     return record.state.Value() != HomingIdle;
 }
 
+int AutoHomingAxis() {
+    const std::uint32_t state = record.state.Value();
+    return state == State::XReturn ? 1 : state == State::YReturn ? 2 : 0;
+}
+
 void MyAutoHomingStep() {
     const HomingState::Moment now = record.state.Now();
     const bool x = now.state == State::XReturn;
@@ -142,10 +150,10 @@ void MyAutoHomingStep() {
     if (completed && x) {
         StartY(record, now);
     } else if (completed) {
-        record.state.MoveOn(now, HomingIdle);
+        EndHoming(record.state, now, HomingEnd::Finished);
     } else if (failed) {
         WriteLine("HOMING ERROR OCCURRED!\n");
-        record.state.MoveOn(now, HomingIdle);  // Unless a new run has begun.
+        EndHoming(record.state, now, HomingEnd::Failed);  // Unless a new run has begun.
     }
 }
 

@@ -28,6 +28,9 @@ INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam
 /// True while the worker has to call the step.
 bool AutoHomingRuns();
 
+/// The axis that is on its way: 1 X, 2 Y, 0 none.
+int AutoHomingAxis();
+
 /// One look at the axis that is on its way. The worker; takes at most one exchange. A failed
 /// exchange, a failed axis, or a reply without the axis's field ends the procedure with a log line;
 /// no command stops the motion.

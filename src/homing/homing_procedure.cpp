@@ -3,6 +3,21 @@
 #include "resources/resource_ids.h"
 #include "settings/settings.h"
 
+HomingEnd lastHomingEnd = HomingEnd::None;
+
+void EndHoming(HomingState& state, HomingEnd end) {
+    const LockHold hold(HealthLock);
+    state.Set(HomingIdle);
+    lastHomingEnd = end;
+}
+
+void EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) {
+    const LockHold hold(HealthLock);
+    if (state.MoveOn(then, HomingIdle)) {
+        lastHomingEnd = end;
+    }
+}
+
 bool HomingCondition::Query() {
     if (!ExchangeChecked(HomingQuery.request, HomingQuery.prefix, buffer_)) {
         return false;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/win32.h"
+#include "link/link_health.h"
 #include "replies/query.h"
 
 // What both homing procedures have in common.
@@ -47,6 +47,17 @@ class HomingState {
 
 /// No homing under way.
 inline constexpr std::uint32_t HomingIdle = 0;
+
+/// How a run ended. The numbers are those of the plain interface.
+enum class HomingEnd { None = 0, Finished = 1, Cancelled = 2, Failed = 3 };
+
+/// How the newest run of either procedure that is over has ended.
+extern HomingEnd lastHomingEnd ZB_GUARDED_BY(HealthLock);
+
+/// Ends the run, for whoever reads the health at one moment with how it ended. The dialog's thread.
+void EndHoming(HomingState& state, HomingEnd end) ZB_EXCLUDES(HealthLock);
+/// The same if nothing has changed since `then`. Any thread.
+void EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) ZB_EXCLUDES(HealthLock);
 
 /// The controller's homing condition: of its fields up to five are read, and the fourth and the
 /// fifth tell how the origin returns of X and Y stand. Only a field's first character counts.

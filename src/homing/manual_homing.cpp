@@ -79,7 +79,7 @@ bool PostStop(std::uint32_t state) {
 /// Ends the procedure even if there is no memory left for the stop.
 void PressCancel(HWND dialog, State& homing) {
     Guarded(false, [&] { return PostStop(homing.state.Value()); });
-    homing.state.Set(HomingIdle);
+    EndHoming(homing.state, HomingEnd::Cancelled);
     EndDialog(dialog, IDCANCEL);
 }
 
@@ -94,13 +94,15 @@ void Advance(HWND dialog, State& homing, std::uint32_t state, std::uint32_t run)
         homing.state.Set(State::FrontLimit);
     } else if (state == State::YReturn) {
         EndDialog(dialog, 1);
-        homing.state.Set(HomingIdle);
+        EndHoming(homing.state, HomingEnd::Finished);
     }
 }
 
 void LeaveDialog(State& homing) {
     ManualHomingDialog.store(nullptr);
-    homing.state.Set(HomingIdle);
+    if (ManualHomingRuns()) {
+        EndHoming(homing.state, HomingEnd::Cancelled);  // By the close box.
+    }
     for (HBITMAP& picture : ManualHomingBitmaps) {
         DeleteObject(picture);
         picture = nullptr;
@@ -146,6 +148,11 @@ INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wPar
 
 bool ManualHomingRuns() {
     return record.state.Value() != HomingIdle;
+}
+
+int ManualHomingAxis() {
+    const std::uint32_t state = record.state.Value();
+    return state == HomingIdle ? 0 : state <= State::XReturn ? 1 : 2;
 }
 
 void MyManualHomingStep() {

@@ -35,6 +35,9 @@ INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wPar
 /// True while the worker has to call the step.
 bool ManualHomingRuns();
 
+/// The axis that the operator has come to: 1 X, 2 Y, 0 none.
+int ManualHomingAxis();
+
 /// One look at the axis that is on its way. The worker; takes at most one exchange.
 void MyManualHomingStep();
 

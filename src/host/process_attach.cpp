@@ -6,7 +6,6 @@
 #include "panel/buffer_boxes.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
-#include "worker/moves.h"
 
 void AttachProcess(HINSTANCE module) {
     MakeStageData();
@@ -16,7 +15,7 @@ void AttachProcess(HINSTANCE module) {
     InitializeCriticalSection(&PortSettingsLock);
     InitializeCriticalSection(&CommandQueueLock);
     InitializeCriticalSection(&StageDataLock);
-    MakeMoveLock();
+    InitializeCriticalSection(&HealthLock);
     MakePanelLock();
     ReadSettingsAtLoad();
 }

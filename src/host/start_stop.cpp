@@ -23,6 +23,11 @@ Decimal Low32(std::uintptr_t data) {
 
 std::atomic<bool> workerStarted{false};
 
+void SetWorkerState(WorkerState state) {
+    const LockHold hold(HealthLock);
+    workerState = state;
+}
+
 /// Starts the worker with a hold on the library, which it gives back as it ends: a host may unload
 /// the library at any time. False when the system refuses.
 bool StartWorker() {
@@ -31,8 +36,10 @@ bool StartWorker() {
                             reinterpret_cast<LPCWSTR>(&MyWorkerThread), &library)) {
         return false;
     }
+    SetWorkerState(WorkerState::Runs);
     const HANDLE worker = CreateThread(nullptr, 0, MyWorkerThread, nullptr, 0, nullptr);
     if (worker == nullptr) {
+        SetWorkerState(WorkerState::NotStarted);
         FreeLibrary(library);
         return false;
     }

@@ -2,8 +2,14 @@
 
 #include <cstdint>
 
+#include "host/zb_ovisk_plain.h"
 #include "stage/cnc_notify.h"
 #include "stage/ovisk_data.h"
+
+// A module that was built with another standard library says so: ZBOVISK_OTHER_STRING.
+#if !defined(ZBOVISK_OTHER_STRING) && !(defined(_GLIBCXX_USE_CXX11_ABI) && _GLIBCXX_USE_CXX11_ABI)
+#error "The record holds the std::string of libstdc++'s new ABI: include zb_ovisk_plain.h instead."
+#endif
 
 /// @file
 /// The module's exports: all that a host needs.
@@ -29,17 +35,7 @@
 ///     OVISK_ZbrCmd(OviskCmd_Shutdown, 0);
 ///
 /// Host and module have to be built with one string type and share one heap: the module assigns the
-/// texts of the host's record.
-
-#if defined(_WIN32)
-#if defined(ZBOVISK_BUILD)
-#define ZBOVISK_API __declspec(dllexport)
-#else
-#define ZBOVISK_API __declspec(dllimport)
-#endif
-#else
-#define ZBOVISK_API __attribute__((visibility("default")))
-#endif
+/// texts of the host's record. Everybody else uses zb_ovisk_plain.h, which this header includes.
 
 /// Commands of OVISK_ZbrCmd.
 enum OviskCommand : std::uint32_t {

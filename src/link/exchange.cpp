@@ -14,20 +14,28 @@ ULONGLONG LastFailureTick ZB_GUARDED_BY(ComLock) = 0;
 
 std::uint64_t exchangeCount ZB_GUARDED_BY(ComLock) = 0;
 
+/// How the newest exchange went.
+Outcome lastOutcome ZB_GUARDED_BY(ComLock) = Outcome::Good;
+
+bool EndAs(Outcome outcome) ZB_REQUIRES(ComLock) {
+    lastOutcome = outcome;
+    return outcome == Outcome::Good;
+}
+
 }  // namespace
 
 bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled) {
     if (!MayUseLine()) {
-        return false;
+        return EndAs(Outcome::ShutOut);
     }
     if (CurrentPortSettings().Port < 0) {
         WriteLine("ZbComOpenWriteRead BAD PORT\n");
-        return false;
+        return EndAs(Outcome::BadPort);
     }
     if (ZbComOpen() == 0) {
         WriteLine("ZbComOpenWriteRead ERROR\n");
         LastFailureTick = GetTickCount64();
-        return false;
+        return EndAs(Outcome::NotOpened);
     }
     const auto pause = static_cast<DWORD>(std::max(Delay, 0));
     const ULONGLONG elapsed = GetTickCount64() - LastFailureTick;
@@ -36,20 +44,20 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     }
     if (!ZbComWrite(command, logEnabled)) {
         LastFailureTick = GetTickCount64();
-        return false;
+        return EndAs(MayUseLine() ? Outcome::NotWritten : Outcome::ShutOut);
     }
     Sleep(pause);
     if (!ZbComRead(reply, logEnabled)) {
         WriteLine("ZbComOpenWriteRead read failure\n");
-        return false;
+        return EndAs(Outcome::NoReply);
     }
     if (logEnabled) {
         WriteLine("Reply: ", reply, "\n");
     }
-    return true;
+    return EndAs(Outcome::Good);
 }
 
-bool ExchangeLocked(const char* command, std::string& reply, std::uint64_t* number) {
+Outcome ExchangeUnjudged(const char* command, std::string& reply, std::uint64_t* number) {
     const std::string text(command);
     const bool logEnabled = SerialLogEnabled.load() != 0;
     const ComLockHold hold;
@@ -57,7 +65,14 @@ bool ExchangeLocked(const char* command, std::string& reply, std::uint64_t* numb
     if (number != nullptr) {
         *number = exchangeCount;
     }
-    return ZbComOpenWriteRead(text, reply, logEnabled);
+    ZbComOpenWriteRead(text, reply, logEnabled);
+    return lastOutcome;
+}
+
+bool ExchangeLocked(const char* command, std::string& reply) {
+    const Outcome outcome = ExchangeUnjudged(command, reply, nullptr);
+    NoteExchange(command, outcome);
+    return outcome == Outcome::Good;
 }
 
 int MyRemoteEnable() {

@@ -24,14 +24,18 @@ bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffe
                      std::uint64_t* number) {
     std::string reply;
     const DWORD start = SerialLogEnabled.load() != 0 ? GetTickCount() : 0;
-    if (!ExchangeLocked(command, reply, number)) {
+    const Outcome outcome = ExchangeUnjudged(command, reply, number);
+    if (outcome != Outcome::Good) {
+        NoteExchange(command, outcome);
         WriteLine("BADCMD2 send=", command, "\n");
         return false;
     }
     const std::size_t kept = std::min(reply.size(), replyBuffer.size() - 1);
     std::memcpy(replyBuffer.data(), reply.data(), kept);
     replyBuffer[kept] = 0;
-    if (kept != reply.size() || !HasReplyForm(replyBuffer.data(), prefix)) {
+    const bool isGood = kept == reply.size() && HasReplyForm(replyBuffer.data(), prefix);
+    NoteExchange(command, isGood ? Outcome::Good : Outcome::WrongReply);
+    if (!isGood) {
         WriteLine("BADCMD1 send=", command, " receive=", reply, "\n");
         return false;
     }

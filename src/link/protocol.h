@@ -49,6 +49,7 @@ inline constexpr LampRequests PanelLamp2{"@LBRT2=", "@LBRT2?"};
 /// One exchange whose reply has to have the right form: longer than `prefix` and the line end,
 /// beginning with `prefix`, ending in CR LF, at most 255 characters. True: the reply is in
 /// `replyBuffer`, whole. False, with a log line: the buffer is as it was when no reply came, or
-/// holds the bad reply (its first 255 characters). `number` is that of ExchangeLocked. Any thread.
+/// holds the bad reply (its first 255 characters). `number` is that of ExchangeUnjudged. Any
+/// thread.
 bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer,
                      std::uint64_t* number = nullptr);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "link/line_gate.h"
+#include "link/link_health.h"
 #include "log/zbr_log.h"
 #include "settings/settings.h"
 
@@ -168,6 +169,7 @@ bool ZbComRead(std::string& reply, bool logEnabled) {
 }
 
 void LogSystemError(const char* prefix, std::uint32_t code) {
+    NoteSystemError(code);
     LPWSTR message = nullptr;
     const DWORD length = FormatMessageW(
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,

@@ -21,10 +21,22 @@ bool SameLamps(const LabrReply& a, const LabrReply& b) {
            a.labr6 == b.labr6 && a.labr7 == b.labr7;
 }
 
+/// A tick of 0 stands for never, so the first millisecond of a machine counts as the second.
+void NoteMerge(ULONGLONG MergeTicks::*part) {
+    const ULONGLONG now = std::max<ULONGLONG>(GetTickCount64(), 1);
+    const LockHold hold(HealthLock);
+    mergeTicks.*part = now;
+}
+
 OviskData SharedCopy() {
     const LockHold hold(StageDataLock);
     return SharedStageData;
 }
+
+}  // namespace
+
+OviskData& SharedStageData = shared.object;
+MergeTicks mergeTicks;
 
 /// Rounds as lround does, which as a call of the C library takes a third of a snapshot's time. What
 /// is added is the largest number below a half: with the half itself that number would become 1.
@@ -35,10 +47,6 @@ std::int32_t Scaled(std::int32_t counts, double scale) {
     return static_cast<std::int32_t>(quotient + std::copysign(AlmostHalf, quotient));
 }
 
-}  // namespace
-
-OviskData& SharedStageData = shared.object;
-
 void MakeStageData() {
     shared.Begin();
 }
@@ -48,25 +56,34 @@ void ReleaseStageData() {
 }
 
 void MergePosition(CposmrReply&& reply) {
-    const LockHold hold(StageDataLock);
-    SharedStageData.cposmr = std::move(reply);
+    {
+        const LockHold hold(StageDataLock);
+        SharedStageData.cposmr = std::move(reply);
+    }
+    NoteMerge(&MergeTicks::position);
 }
 
 void MergeSwitches(SswcReply&& reply) {
-    const LockHold hold(StageDataLock);
-    SswcReply& held = SharedStageData.sswc;
-    for (const auto latch :
-         {&SswcReply::EMER_SW, &SswcReply::SW_Y, &SswcReply::DATA_SW, &SswcReply::FOOT_SW}) {
-        reply.*latch = reply.*latch == SwitchActive ? 1 : held.*latch;
+    {
+        const LockHold hold(StageDataLock);
+        SswcReply& held = SharedStageData.sswc;
+        for (const auto latch :
+             {&SswcReply::EMER_SW, &SswcReply::SW_Y, &SswcReply::DATA_SW, &SswcReply::FOOT_SW}) {
+            reply.*latch = reply.*latch == SwitchActive ? 1 : held.*latch;
+        }
+        held = std::move(reply);
     }
-    held = std::move(reply);
+    NoteMerge(&MergeTicks::switches);
 }
 
 void MergeLamps(LabrReply&& reply) {
-    const LockHold hold(StageDataLock);
-    LabrReply& held = SharedStageData.labr;
-    reply.lampChanged = held.lampChanged == 1 || !SameLamps(reply, held) ? 1 : 0;
-    held = std::move(reply);
+    {
+        const LockHold hold(StageDataLock);
+        LabrReply& held = SharedStageData.labr;
+        reply.lampChanged = held.lampChanged == 1 || !SameLamps(reply, held) ? 1 : 0;
+        held = std::move(reply);
+    }
+    NoteMerge(&MergeTicks::lamps);
 }
 
 void CopyStageData(OviskData& data) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/link_health.h"
 #include "platform/lock_hold.h"
 #include "stage/ovisk_data.h"
 
@@ -21,6 +22,24 @@ void MergeLamps(LabrReply&& reply) ZB_EXCLUDES(StageDataLock);
 /// the nearest integer with halves away from zero, and held to 32 bits. Never waits for the line.
 /// Throws only std::bad_alloc.
 void CopyStageData(OviskData& data) ZB_EXCLUDES(StageDataLock);
+
+/// Lets `read` look at the shared record, with the lock held: it copies what it wants and returns.
+template <typename Read>
+void LookAtStageData(const Read& read) {
+    const LockHold hold(StageDataLock);
+    read(SharedStageData);
+}
+
+/// Counts in the host's unit: divided by `scale`, rounded, held to 32 bits.
+std::int32_t Scaled(std::int32_t counts, double scale);
+
+/// When each part of the record was merged last; 0: never.
+struct MergeTicks {
+    ULONGLONG position = 0;
+    ULONGLONG switches = 0;
+    ULONGLONG lamps = 0;
+};
+extern MergeTicks mergeTicks ZB_GUARDED_BY(HealthLock);
 
 /// The latches at one moment.
 struct Latches {

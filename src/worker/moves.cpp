@@ -7,15 +7,13 @@
 #include "link/protocol.h"
 #include "log/zbr_log.h"
 #include "replies/queries.h"
+#include "replies/query.h"
 
 std::atomic<std::uint8_t> MoveActive{0};
 
 namespace {
 
 constexpr double CountsPerUnit = 1000000.0;
-
-/// Guards the watch; held for a few stores.
-CRITICAL_SECTION moveLock;
 
 /// The accepted move that the controller took last. The number is that of its exchange: of two
 /// threads' moves the one with the greater number stays, whichever thread comes here first.
@@ -24,7 +22,7 @@ struct Watch {
     std::intptr_t MoveData = 0;
     std::uint64_t number = 0;
 };
-Watch watch ZB_GUARDED_BY(moveLock);
+Watch watch ZB_GUARDED_BY(HealthLock);
 
 /// The target in counts. False when the controller has no such count.
 bool ToCounts(double target, std::int32_t& counts) {
@@ -50,39 +48,74 @@ bool IsMoving(const McndReply& reply) {
     return reply.xMoving == 1 || reply.yMoving == 1 || reply.zMoving == 1;
 }
 
-void StartWatch(const Watch& accepted) {
-    const LockHold hold(moveLock);
-    if (accepted.number > watch.number) {
-        watch = accepted;
-        MoveActive.store(1);
+/// The newest move has come to its end, unless it had before. A refused move is still watched, as
+/// any accepted one, but nothing that the controller shows later is its own.
+void EndNewest(MoveState state) ZB_REQUIRES(HealthLock) {
+    if (moveHealth.newest == MoveState::UnderWay) {
+        moveHealth.newest = state;
+        ++moveHealth.ended;
     }
 }
 
+/// The controller's words behind "#", or null for a reply that is no refusal.
+const char* RefusalIn(ExchangeReplyBuffer& reply) {
+    char* rest = reply.data();
+    NextToken(rest, '=');
+    const char* const first = NextToken(rest, ',');
+    const char* const second = NextToken(rest, '\r');
+    return first == nullptr || first[0] != '#' ? nullptr : second == nullptr ? "" : second;
+}
+
+void StartWatch(const Watch& accepted, const std::array<std::int32_t, 3>& target,
+                const char* refusal) {
+    const LockHold hold(HealthLock);
+    ++moveHealth.accepted;
+    if (accepted.number < watch.number) {
+        ++moveHealth.ended;  // Replaced before its own call could say that it was accepted.
+        return;
+    }
+    watch = accepted;
+    MoveActive.store(1);
+    EndNewest(MoveState::Replaced);
+    moveHealth.previous = moveHealth.newest;
+    moveHealth.newest = MoveState::UnderWay;
+    moveHealth.target = target;
+    if (refusal != nullptr) {
+        EndNewest(MoveState::Refused);
+    }
+    std::snprintf(moveHealth.refusal.data(), moveHealth.refusal.size(), "%s",
+                  refusal != nullptr ? refusal : "");
+}
+
 std::uint64_t WatchedNumber() {
-    const LockHold hold(moveLock);
+    const LockHold hold(HealthLock);
     return watch.number;
 }
 
 /// Ends the watch of the move with that number and gives it out. False when a newer move has taken
 /// over: the condition was asked for before that one was accepted and must not end it.
-bool EndWatch(std::uint64_t number, Watch& ended) {
-    const LockHold hold(moveLock);
+bool EndWatch(std::uint64_t number, MoveState state, Watch& ended) {
+    const LockHold hold(HealthLock);
     if (watch.number != number) {
         return false;
     }
     ended = watch;
     MoveActive.store(0);
+    EndNewest(state);
     return true;
 }
 
 }  // namespace
 
-void MakeMoveLock() {
-    InitializeCriticalSection(&moveLock);
+MoveHealth moveHealth;
+
+void LoseMove() {
+    const LockHold hold(HealthLock);
+    EndNewest(MoveState::Lost);
 }
 
 bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std::intptr_t data) {
-    std::int32_t counts[3];
+    std::array<std::int32_t, 3> counts{};
     if (!ToCounts(x, counts[0]) || !ToCounts(y, counts[1]) || !ToCounts(z, counts[2])) {
         WriteLine("MOVE OUT OF RANGE\n");
         return false;
@@ -95,7 +128,7 @@ bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std:
     if (!ExchangeChecked(command, MoveReplyPrefix, reply, &number)) {
         return false;
     }
-    StartWatch({callback, data, number});
+    StartWatch({callback, data, number}, counts, RefusalIn(reply));
     return true;
 }
 
@@ -107,8 +140,11 @@ void TestMove() {
     if (known && !error && IsMoving(reply)) {
         return;
     }
+    const MoveState state = !known  ? MoveState::Lost
+                            : error ? MoveState::EndedWithError
+                                    : MoveState::EndedWell;
     Watch ended;
-    if (EndWatch(number, ended) && known && ended.MoveCallback != nullptr) {
+    if (EndWatch(number, state, ended) && known && ended.MoveCallback != nullptr) {
         ended.MoveCallback(true, error, &reply, ended.MoveData);
     }
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 
-#include "platform/lock_hold.h"
+#include "link/link_health.h"
 #include "stage/cnc_notify.h"
 
 /// 1 while a move is watched. Set when a move was accepted and cleared by the worker, both with the
@@ -17,8 +18,30 @@ extern std::atomic<std::uint8_t> MoveActive;
 /// threads are watched in the order in which the controller took them.
 bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std::intptr_t data);
 
-/// Makes the lock of the moves ready. Part of process attach.
-void MakeMoveLock();
+/// What became of a move. The numbers are those of the plain interface.
+enum class MoveState {
+    None = 0,
+    UnderWay = 1,
+    EndedWell = 2,
+    EndedWithError = 3,
+    Refused = 4,   ///< the controller's answer began with "#"
+    Replaced = 5,  ///< a newer move was accepted before its end was known
+    Lost = 6,      ///< its condition could not be read, or nobody reads it any more
+};
+
+/// The moves since load.
+struct MoveHealth {
+    std::uint64_t accepted = 0;
+    std::uint64_t ended = 0;
+    MoveState newest = MoveState::None;
+    MoveState previous = MoveState::None;
+    std::array<std::int32_t, 3> target{};  ///< of the newest, in counts
+    std::array<char, 32> refusal{};        ///< the controller's words, if it was refused
+};
+extern MoveHealth moveHealth ZB_GUARDED_BY(HealthLock);
+
+/// Gives a move under way up for lost, since the worker is over. Called by the worker.
+void LoseMove() ZB_EXCLUDES(HealthLock);
 
 /// Asks how the watched move stands and tells its end. Called by the worker in a status poll while
 /// MoveActive is set. A condition that can't be read ends the watch without a notice.

@@ -9,6 +9,7 @@
 #include "replies/queries.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
+#include "worker/moves.h"
 #include "worker/period.h"
 #include "worker/status_poll.h"
 
@@ -74,12 +75,21 @@ void RunPasses() {
 
 }  // namespace
 
+WorkerState workerState = WorkerState::NotStarted;
+
 DWORD WINAPI MyWorkerThread(LPVOID) {
+    WorkerState end = WorkerState::Stopped;
     try {
         const WorkersThread mark;
         RunPasses();
     } catch (...) {
         // The host goes on with the last good values; the shutdown then has nothing to wait for.
+        end = WorkerState::Ended;
+    }
+    LoseMove();
+    {
+        const LockHold hold(HealthLock);
+        workerState = end;
     }
     WorkerFinished.store(1);
     FreeLibraryAndExitThread(ModuleInstance, 0);
