@@ -23,6 +23,8 @@ ModuleLibrary::ModuleLibrary(const std::filesystem::path& path) : library_(LoadL
     Find(ZbOvisk_GetAndClearLatches, "ZbOvisk_GetAndClearLatches");
     Find(ZbOvisk_CncGotoAbsoluteNotifyWorld, "ZbOvisk_CncGotoAbsoluteNotifyWorld");
     Find(ZbOvisk_SetLight, "ZbOvisk_SetLight");
+    Find(ZbOvisk_ReadStage, "ZbOvisk_ReadStage");
+    Find(ZbOvisk_ReadHealth, "ZbOvisk_ReadHealth");
 }
 
 ModuleLibrary::~ModuleLibrary() {

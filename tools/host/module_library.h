@@ -24,6 +24,8 @@ class ModuleLibrary {
     decltype(&::ZbOvisk_GetAndClearLatches) ZbOvisk_GetAndClearLatches;
     decltype(&::ZbOvisk_CncGotoAbsoluteNotifyWorld) ZbOvisk_CncGotoAbsoluteNotifyWorld;
     decltype(&::ZbOvisk_SetLight) ZbOvisk_SetLight;
+    decltype(&::ZbOvisk_ReadStage) ZbOvisk_ReadStage;
+    decltype(&::ZbOvisk_ReadHealth) ZbOvisk_ReadHealth;
 
   private:
     template <typename Function>
