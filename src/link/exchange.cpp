@@ -57,7 +57,8 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     return EndAs(Outcome::Good);
 }
 
-Outcome ExchangeUnjudged(const char* command, std::string& reply, std::uint64_t* number) {
+Outcome ExchangeJudged(const char* command, const char* prefix, std::string& reply,
+                       std::uint64_t* number) {
     const std::string text(command);
     const bool logEnabled = SerialLogEnabled.load() != 0;
     const ComLockHold hold;
@@ -65,14 +66,16 @@ Outcome ExchangeUnjudged(const char* command, std::string& reply, std::uint64_t*
     if (number != nullptr) {
         *number = exchangeCount;
     }
-    ZbComOpenWriteRead(text, reply, logEnabled);
+    if (ZbComOpenWriteRead(text, reply, logEnabled) && prefix != nullptr &&
+        !HasReplyForm(reply, prefix)) {
+        lastOutcome = Outcome::WrongReply;
+    }
+    NoteExchange(command, lastOutcome);
     return lastOutcome;
 }
 
 bool ExchangeLocked(const char* command, std::string& reply) {
-    const Outcome outcome = ExchangeUnjudged(command, reply, nullptr);
-    NoteExchange(command, outcome);
-    return outcome == Outcome::Good;
+    return ExchangeJudged(command, nullptr, reply, nullptr) == Outcome::Good;
 }
 
 int MyRemoteEnable() {

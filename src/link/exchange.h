@@ -12,14 +12,15 @@
 bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled)
     ZB_REQUIRES(ComLock);
 
-/// ExchangeLocked for those who look at the reply's form themselves: says how the exchange went,
-/// and leaves it to the caller to note that. `number`, unless it is null, gets the place of this
-/// exchange among all: a later one has a greater number.
-Outcome ExchangeUnjudged(const char* command, std::string& reply, std::uint64_t* number)
-    ZB_EXCLUDES(ComLock);
+/// ZbComOpenWriteRead as one whole under ComLock, noted there for the health, so that the notes
+/// have the order of the line. A reply has to have the form of `prefix`, unless that is null.
+/// `number`, unless it is null, gets the place of this exchange among all: a later one has a
+/// greater number. `command` is zero-terminated and carries its own line end. Any thread; waits for
+/// the exchange that runs.
+Outcome ExchangeJudged(const char* command, const char* prefix, std::string& reply,
+                       std::uint64_t* number) ZB_EXCLUDES(ComLock);
 
-/// ZbComOpenWriteRead as one whole under ComLock. `command` is zero-terminated and carries its own
-/// line end. Any thread; waits for the exchange that runs.
+/// The same for a reply of any form. Whether one came.
 bool ExchangeLocked(const char* command, std::string& reply) ZB_EXCLUDES(ComLock);
 
 /// Puts the controller into remote mode and drops the reply. Always 1.

@@ -7,35 +7,25 @@
 #include "log/zbr_log.h"
 #include "settings/settings.h"
 
-namespace {
-
-/// Whether the text is ">", the rest of the prefix, at least one byte, CR and LF.
-bool HasReplyForm(const char* text, const char* prefix) {
-    const std::size_t prefixLength = std::strlen(prefix);
-    const std::size_t length = std::strlen(text);
-    return length > prefixLength + 2 && text[0] == '>' &&
-           std::strncmp(text, prefix, prefixLength) == 0 && text[length - 2] == '\r' &&
-           text[length - 1] == '\n';
+bool HasReplyForm(const std::string& reply, const char* prefix) {
+    constexpr std::size_t Longest = sizeof(ExchangeReplyBuffer) - 1;
+    return reply.size() <= Longest && reply.size() > std::strlen(prefix) + 2 &&
+           reply.starts_with(prefix) && reply.ends_with("\r\n");
 }
-
-}  // namespace
 
 bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer,
                      std::uint64_t* number) {
     std::string reply;
     const DWORD start = SerialLogEnabled.load() != 0 ? GetTickCount() : 0;
-    const Outcome outcome = ExchangeUnjudged(command, reply, number);
-    if (outcome != Outcome::Good) {
-        NoteExchange(command, outcome);
+    const Outcome outcome = ExchangeJudged(command, prefix, reply, number);
+    if (outcome != Outcome::Good && outcome != Outcome::WrongReply) {
         WriteLine("BADCMD2 send=", command, "\n");
         return false;
     }
     const std::size_t kept = std::min(reply.size(), replyBuffer.size() - 1);
     std::memcpy(replyBuffer.data(), reply.data(), kept);
     replyBuffer[kept] = 0;
-    const bool isGood = kept == reply.size() && HasReplyForm(replyBuffer.data(), prefix);
-    NoteExchange(command, isGood ? Outcome::Good : Outcome::WrongReply);
-    if (!isGood) {
+    if (outcome == Outcome::WrongReply) {
         WriteLine("BADCMD1 send=", command, " receive=", reply, "\n");
         return false;
     }
