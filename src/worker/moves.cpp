@@ -8,6 +8,7 @@
 #include "log/zbr_log.h"
 #include "replies/queries.h"
 #include "replies/query.h"
+#include "worker/worker_thread.h"
 
 std::atomic<std::uint8_t> MoveActive{0};
 
@@ -82,6 +83,8 @@ void StartWatch(const Watch& accepted, const std::array<std::int32_t, 3>& target
     moveHealth.target = target;
     if (refusal != nullptr) {
         EndNewest(MoveState::Refused);
+    } else if (workerState == WorkerState::Stopped || workerState == WorkerState::Ended) {
+        LoseMove();
     }
     std::snprintf(moveHealth.refusal.data(), moveHealth.refusal.size(), "%s",
                   refusal != nullptr ? refusal : "");
@@ -110,7 +113,6 @@ bool EndWatch(std::uint64_t number, MoveState state, Watch& ended) {
 MoveHealth moveHealth;
 
 void LoseMove() {
-    const LockHold hold(HealthLock);
     EndNewest(MoveState::Lost);
 }
 

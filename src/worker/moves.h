@@ -40,8 +40,9 @@ struct MoveHealth {
 };
 extern MoveHealth moveHealth ZB_GUARDED_BY(HealthLock);
 
-/// Gives a move under way up for lost, since the worker is over. Called by the worker.
-void LoseMove() ZB_EXCLUDES(HealthLock);
+/// Gives a move under way up for lost. Called by the worker as it ends, in one with its note of
+/// that: a move that is accepted later is lost from the first.
+void LoseMove() ZB_REQUIRES(HealthLock);
 
 /// Asks how the watched move stands and tells its end. Called by the worker in a status poll while
 /// MoveActive is set. A condition that can't be read ends the watch without a notice.

@@ -86,10 +86,10 @@ DWORD WINAPI MyWorkerThread(LPVOID) {
         // The host goes on with the last good values; the shutdown then has nothing to wait for.
         end = WorkerState::Ended;
     }
-    LoseMove();
     {
         const LockHold hold(HealthLock);
         workerState = end;
+        LoseMove();
     }
     WorkerFinished.store(1);
     FreeLibraryAndExitThread(ModuleInstance, 0);
