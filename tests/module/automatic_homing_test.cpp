@@ -43,18 +43,23 @@ TEST_F(AutomaticHomingTest, AsksOnceAndCarriesXAndYToTheirEnd) {
               "\r\nMove the Z-axis column to a safe position and press OK to start stage homing."
               "\r\n\r\nPress Cancel to abort.");
     EXPECT_FALSE(StillAsks()) << "nothing is asked before OK";
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_AUTOMATIC, 0, ZBOVISK_HOMING_END_NONE));
+    EXPECT_EQ(Health().homingMode, 1);
     SetCondition("7,\x80,9,1,0");
     dialog.Press(IDOK);
     FinishHome();
     EXPECT_TRUE(log.WaitFor("MyIsCncOriginRestorationCompletedX p1=55 p2=-128 p3=57 p4=49\n"));
     EXPECT_EQ(TakeCommands(), std::vector<std::string>{XStart});
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_AUTOMATIC, 1, ZBOVISK_HOMING_END_NONE));
     SetCondition("0,0,0,25,1");
     EXPECT_TRUE(Comes(YStart));
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_AUTOMATIC, 2, ZBOVISK_HOMING_END_NONE));
     EXPECT_TRUE(log.WaitFor("MyIsCncOriginRestorationCompletedY p1=48 p2=48 p3=48 p4=50 p5=49\n"));
     SetCondition("0,0,0,2,2");
     EXPECT_TRUE(Ends());
     EXPECT_EQ(log.Text().find(HomingError), std::string::npos);
     EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FINISHED));
 }
 
 TEST_F(AutomaticHomingTest, CancelAndTheCloseBoxSendNothing) {
@@ -68,6 +73,7 @@ TEST_F(AutomaticHomingTest, CancelAndTheCloseBoxSendNothing) {
         }
         FinishHome();
         EXPECT_FALSE(StillAsks());
+        EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_CANCELLED));
     }
     EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
 }
@@ -92,6 +98,7 @@ TEST_F(AutomaticHomingTest, FailuresEndTheRunWithALogLine) {
         log.Take();
         SetCondition(test.condition);
         EXPECT_TRUE(log.WaitFor(HomingError));
+        EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
         SetCondition("0,0,0,2,2");
         EXPECT_TRUE(Ends());
         const std::vector<std::string> commands = TakeCommands();
@@ -118,6 +125,7 @@ TEST_F(AutomaticHomingTest, SecondHomeDuringARunTakesItOver) {
     OpenHome();
     const DialogDriver again(AutoCaption);
     EXPECT_TRUE(Ends()) << "no polls while the dialog is open";
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_AUTOMATIC, 0, ZBOVISK_HOMING_CANCELLED));
     SetCondition("0,0,0,2,0");
     again.Press(IDCANCEL);
     FinishHome();

@@ -57,6 +57,13 @@ bool HomingTest::Comes(const std::string& command) {
     return (*controller)->WaitForRequest(command, 1, 30s);
 }
 
+bool HomingTest::IsTold(ZbOviskHoming homing, int axis, ZbOviskHomingEnd last) {
+    return Eventually([=, this] {
+        const ZbOviskHealth health = Health();
+        return health.homing == homing && health.homingAxis == axis && health.lastHoming == last;
+    });
+}
+
 bool HomingTest::StillAsks() {
     // What was under way may still come; two whole passes later everything new has been seen.
     (*controller)->TakeRequestLog();

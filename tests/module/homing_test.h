@@ -30,6 +30,8 @@ class HomingTest : public ModuleTest {
     std::vector<std::string> TakeCommands();
     /// Waits for a homing command.
     bool Comes(const std::string& command);
+    /// Waits until the health tells this: what is under way, at which axis, how the last one ended.
+    bool IsTold(ZbOviskHoming homing, int axis, ZbOviskHomingEnd last);
     /// Waits for so many further polls, then tells whether a homing query was among them.
     bool StillAsks();
 

@@ -95,12 +95,15 @@ TEST_F(ManualHomingTest, LeadsThroughXAndY) {
     EXPECT_EQ(place.left, screen.right / 2 - (place.right - place.left) / 2);
     EXPECT_EQ(place.top, screen.bottom / 2 - (place.bottom - place.top) / 2);
     EXPECT_FALSE(StillAsks()) << "nothing is asked while the operator brings the stage there";
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_BY_HAND, 1, ZBOVISK_HOMING_END_NONE));
     LeadTo(dialog, 3);
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_BY_HAND, 2, ZBOVISK_HOMING_END_NONE));
     EXPECT_EQ(dialog.PictureHeight(IDC_HOMING_PICTURE), 320);
     SetCondition("0,0,0,2,25");
     FinishHome();
     EXPECT_EQ(TakeCommands(), Screens[3].commands) << "no stop after a good end";
     ExpectGone(dialog);
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FINISHED));
 }
 
 TEST_F(ManualHomingTest, CancelStopsTheAxisThatIsOnItsWayAndTheCloseBoxDoesNot) {
@@ -112,6 +115,7 @@ TEST_F(ManualHomingTest, CancelStopsTheAxisThatIsOnItsWayAndTheCloseBoxDoesNot) 
             const DialogDriver dialog(ManualCaption);
             TakeCommands();
             LeadTo(dialog, index);
+            EXPECT_EQ(Health().homingAxis, index < 2 ? 1 : 2);
             std::vector<std::string> expected = Screens[index].commands;
             if (cancel) {
                 dialog.Press(IDCANCEL);
@@ -125,6 +129,7 @@ TEST_F(ManualHomingTest, CancelStopsTheAxisThatIsOnItsWayAndTheCloseBoxDoesNot) 
             FinishHome();
             EXPECT_EQ(TakeCommands(), expected);
             ExpectGone(dialog);
+            EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_CANCELLED));
         }
     }
 }

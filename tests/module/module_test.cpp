@@ -69,4 +69,18 @@ bool ModuleTest::SeesPosition(int x, int y, int z) {
     });
 }
 
+ZbOviskStage ModuleTest::Stage() {
+    ZbOviskStage stage{};
+    stage.size = sizeof stage;
+    EXPECT_TRUE(Module().ZbOvisk_ReadStage(&stage));
+    return stage;
+}
+
+ZbOviskHealth ModuleTest::Health() {
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    EXPECT_TRUE(Module().ZbOvisk_ReadHealth(&health));
+    return health;
+}
+
 }  // namespace test_support

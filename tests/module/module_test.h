@@ -34,6 +34,8 @@ class ModuleTest : public testing::Test {
 
     OviskData Snapshot();
     bool SeesPosition(int x, int y, int z);
+    ZbOviskStage Stage();
+    ZbOviskHealth Health();
 
     host_tool::ModuleLibrary& Module() { return *module_; }
 

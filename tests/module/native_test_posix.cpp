@@ -13,7 +13,10 @@ namespace {
 TEST_F(ModuleTest, AbsentPortIsTriedUntilItIsThere) {
     Load("CmdPoll=10\n");
     Start();
-    EXPECT_TRUE(log.WaitFor("ZbComOpen CreateFile Error: "));
+    EXPECT_TRUE(log.WaitFor("BADCMD2 send=@CPOSMR?\r\n"));
+    EXPECT_EQ(Health().link, ZBOVISK_LINK_NEVER_ANSWERED);
+    EXPECT_STREQ(Health().lastFailure, "@CPOSMR?: the port could not be opened");
+    EXPECT_EQ(Health().lastSystemError, std::uint32_t{ERROR_FILE_NOT_FOUND});
     SimulatedController& controller = PlugIn();
     controller->With([](StageModel& stage) { stage.Place({100, 200, 300}); });
     EXPECT_TRUE(SeesPosition(1, 2, 3));
@@ -28,6 +31,8 @@ TEST_F(ModuleTest, PulledCableKeepsTheValuesAndTheBounds) {
     EXPECT_TRUE(SeesPosition(1, 2, 3));
     controller->With([](simulator::Device& device) { device.PullCable(); });
     EXPECT_TRUE(log.WaitFor("BADCMD2 send=@CPOSMR?\r\n"));
+    EXPECT_EQ(Health().link, ZBOVISK_LINK_FAILS);
+    EXPECT_NE(Health().lastSystemError, 0U);
     EXPECT_EQ(Snapshot().cposmr.x, 1);
     const ULONGLONG start = GetTickCount64();
     Stop();
