@@ -178,7 +178,8 @@ class Health:
         if self.worker != Worker.RUNS:
             return f"the module's worker is {self.worker.name.lower().replace('_', ' ')}"
         if self.link == Link.ANSWERS:
-            return f"the controller answers, position {self.position_age:.1f} s old"
+            age = "" if self.position_age is None else f", position {self.position_age:.1f} s old"
+            return f"the controller answers{age}"
         since = "" if self.since_good is None else f" for {self.since_good:.1f} s"
         return f"no answer{since}: {self.last_failure or 'nothing was asked yet'}"
 
