@@ -47,6 +47,21 @@ void ReadRecord(World& world) {
     }
 }
 
+/// They make no call that could fail.
+void ReadPlain(World& world) {
+    ZbOviskStage stage{};
+    stage.size = sizeof stage;
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    const std::uint32_t calls = Result().calls;
+    Require(world.Module().ZbOvisk_ReadStage(&stage), "the stage is refused");
+    Require(world.Module().ZbOvisk_ReadHealth(&health), "the health is refused");
+    Require(Result().calls == calls, "a plain reading makes a call that can fail");
+    Require(stage.zError && stage.zErrorText[0] == 'E', "the stage is not the controller's");
+    Require(health.link == ZBOVISK_LINK_ANSWERS && health.worker == ZBOVISK_WORKER_RUNS,
+            "the health is not that of a good line");
+}
+
 /// A lamp that is accepted is set, unless the line or the memory fails; one that is refused is not.
 void SetLamp(World& world) {
     world.line.Allow(LampRequest);
@@ -145,6 +160,7 @@ constexpr Operation Table[] = {
     {"first position", LoadAndStart, AwaitPosition},
     {"polling", Run, Poll},
     {"record", Run, ReadRecord},
+    {"plain records", Run, ReadPlain},
     {"latches", Run, ClearLatches},
     {"lamp", Run, SetLampAndWait},
     {"lamp before the start", Load, SetLamp},
