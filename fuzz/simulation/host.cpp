@@ -16,6 +16,21 @@ void ReadRecord() {
     ++world->report.snapshots;
 }
 
+void ReadHealth() {
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    Wire& wire = world->wire;
+    world->moves.ReadingBegins();
+    world->health.ReadingBegins(wire.Newest(), wire.NewestIsWorkers());
+    Require(world->module->ZbOvisk_ReadHealth(&health), "the health is refused");
+    if (world->portIsGone) {
+        return;
+    }
+    world->health.ReadingEnds(health, wire.Newest(), wire.NewestIsWorkers());
+    world->moves.ReadingEnds(health);
+    ++world->report.readings;
+}
+
 void ReadLatches() {
     LatchResult result;
     world->mirror.BeginTake();
@@ -77,6 +92,7 @@ void OnMoved(bool finished, bool error, const McndReply* reply, std::intptr_t da
 void PlayHost(Chance& chance) {
     while (!world->stopping) {
         chance.OneIn(4) ? ReadLatches() : ReadRecord();
+        ReadHealth();
         Wait(chance, 1, chance.OneIn(4) ? 2000 : 300);
     }
     ReadRecord();

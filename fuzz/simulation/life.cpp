@@ -113,6 +113,7 @@ void LiveWith(std::optional<LocalPort>& port, Chance& chance) {
     SleepUntil(plan.length);
     if (plan.endsInTrouble) {
         if (plan.portIsPulled) {
+            world->portIsGone = true;
             port.reset();
         } else if (chance.OneIn(2)) {
             world->wire.PlugCable(false);

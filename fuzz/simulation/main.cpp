@@ -141,8 +141,9 @@ void Print(std::span<const Report> reports, double realSeconds) {
     std::printf("exchanges %llu, good positions %llu (joined %llu, mixed %llu)\n",
                 sum(&Report::exchanges), sum(&Report::goodPolls), sum(&Report::joined),
                 sum(&Report::mixed));
-    std::printf("snapshots %llu, latches %llu, lamp values %llu\n", sum(&Report::snapshots),
-                sum(&Report::latches), sum(&Report::lamps));
+    std::printf("snapshots %llu, readings of the health %llu, latches %llu, lamp values %llu\n",
+                sum(&Report::snapshots), sum(&Report::readings), sum(&Report::latches),
+                sum(&Report::lamps));
     std::printf("moves %llu, accepted %llu, told %llu, excused %llu\n", sum(&Report::movesAsked),
                 sum(&Report::movesAccepted), sum(&Report::movesTold), sum(&Report::movesExcused));
     std::printf("homings %llu, broken off %llu, axes homed %llu\n", sum(&Report::homings),

@@ -15,7 +15,7 @@ constexpr std::size_t LongestRead = 255;
 using Fields = std::vector<std::string>;
 
 /// The name and so many fields; the last of them ends at `last`.
-std::optional<Fields> Cut(const std::string& text, std::size_t count, char last) {
+std::optional<Fields> CutAny(const std::string& text, std::size_t count, char last) {
     Fields fields;
     std::size_t at = 0;
     for (std::size_t i = 0; i <= count; ++i) {
@@ -28,7 +28,13 @@ std::optional<Fields> Cut(const std::string& text, std::size_t count, char last)
         fields.push_back(text.substr(at, stop - at));
         at = std::min(stop + 1, text.size());
     }
-    return fields[1][0] == '#' ? std::nullopt : std::optional(fields);
+    return fields;
+}
+
+/// The same, but nothing for a refusal.
+std::optional<Fields> Cut(const std::string& text, std::size_t count, char last) {
+    const auto fields = CutAny(text, count, last);
+    return fields && (*fields)[1][0] == '#' ? std::nullopt : fields;
 }
 
 std::int32_t Number(const std::string& field) {
@@ -123,6 +129,15 @@ std::optional<McndReply> ReadMotion(const std::string& text) {
         *value = Number(*field++);
     }
     return reply;
+}
+
+std::optional<std::string> RefusalIn(const std::string& text) {
+    const auto first = CutAny(text, 1, ',');
+    if (!first || (*first)[1][0] != '#') {
+        return std::nullopt;
+    }
+    const auto both = CutAny(text, 2, '\r');
+    return both ? (*both)[2] : "";
 }
 
 bool MotionIsBad(const McndReply& reply) {

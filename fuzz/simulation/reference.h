@@ -20,7 +20,8 @@ struct Exchange {
 
     std::string request;
     std::vector<Chunk> chunks;
-    std::uint64_t number = 0;
+    std::uint64_t number = 0;  ///< 0: there was none yet
+    std::chrono::nanoseconds began{0};
 
     void Add(std::string_view bytes, std::chrono::nanoseconds now);
     /// The reply as the module collects it: of each read what stands before a zero.
@@ -35,6 +36,8 @@ bool HasForm(const std::string& text, std::string_view prefix);
 std::optional<McndReply> ReadMotion(const std::string& text);
 bool MotionIsBad(const McndReply& reply);
 bool MotionGoesOn(const McndReply& reply);
+/// The controller's words in a reply that refuses.
+std::optional<std::string> RefusalIn(const std::string& text);
 /// The first byte of a field of the homing condition; 0 if it is not there.
 char HomingStatus(const std::string& text, std::size_t field);
 

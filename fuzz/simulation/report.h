@@ -37,7 +37,8 @@ struct Report {
     std::uint64_t joined;  ///< good replies that were made of the bytes of two
     std::uint64_t mixed;   ///< ... and whose values stand in neither
     std::uint64_t snapshots;
-    std::uint64_t latches;  ///< reads of the latches that found one
+    std::uint64_t readings;  ///< of the health
+    std::uint64_t latches;   ///< reads of the latches that found one
     std::uint64_t lamps;
     std::uint64_t movesAsked;
     std::uint64_t movesAccepted;

@@ -70,6 +70,7 @@ void MoveRules::Returned(std::size_t number, bool accepted, const std::string& r
         return;
     }
     ++report_.movesAccepted;
+    move.refusal = RefusalIn(reply);
     if (proven_ != None) {
         Excuse(moves_[proven_]);
     }
@@ -116,7 +117,62 @@ void MoveRules::Told(std::size_t number, bool finished, bool error, const McndRe
              &McndReply::yHwLimit, &McndReply::zHwLimit, &McndReply::xSwLimit, &McndReply::ySwLimit,
              &McndReply::zSwLimit, &McndReply::replyError),
         "a move's end is told with other numbers than the reply's", wire);
+    move.toldError = error;
     ++report_.movesTold;
+}
+
+void MoveRules::ReadingBegins() {
+    provenBeforeReading_ = proven_;
+    acceptedBeforeReading_ = report_.movesAccepted;
+    for (Move& move : moves_) {
+        move.toldBeforeReading = move.told;
+    }
+}
+
+void MoveRules::ReadingEnds(const ZbOviskHealth& health) const {
+    const std::string text = std::to_string(health.movesAccepted) + " accepted, " +
+                             std::to_string(health.movesEnded) + " ended, the newest " +
+                             std::to_string(health.move);
+    Require(health.movesAccepted >= acceptedBeforeReading_ && health.movesAccepted <= sent_ &&
+                health.movesAccepted - health.movesEnded ==
+                    (health.move == ZBOVISK_MOVE_UNDER_WAY ? 1 : 0),
+            "the health counts the moves wrongly", text);
+    if (health.movesAccepted == 0) {
+        Require(health.move == ZBOVISK_MOVE_NONE, "a move is told of before the first", text);
+        return;
+    }
+    std::string request = "@MMVAL=";
+    for (const std::int32_t count : health.moveTarget) {
+        request += (count < 0 ? "" : "+") + std::to_string(count) + ",";
+    }
+    request.replace(request.size() - 1, 1, "\r\n");
+    const auto newest = std::find_if(moves_.rbegin(), moves_.rend(), [&](const Move& one) {
+        return one.sent != 0 && one.request == request;
+    });
+    Require(newest != moves_.rend(), "the newest move has a target that nobody gave", request);
+    Require(provenBeforeReading_ == None || newest->sent >= moves_[provenBeforeReading_].sent,
+            "an older move counts as the newest", request);
+    CheckState(*newest, health);
+}
+
+void MoveRules::CheckState(const Move& move, const ZbOviskHealth& health) const {
+    const std::string state = move.request + std::to_string(health.move) + health.moveText;
+    Require(health.move >= ZBOVISK_MOVE_UNDER_WAY && health.move != ZBOVISK_MOVE_REPLACED,
+            "a newest move in no such state", state);
+    if (move.returned) {
+        const bool isRefused = health.move == ZBOVISK_MOVE_REFUSED;
+        constexpr std::size_t Longest = sizeof health.moveText - 1;
+        Require(move.accepted && isRefused == move.refusal.has_value() &&
+                    move.refusal.value_or("").substr(0, Longest) == health.moveText,
+                "a refusal is told that the reply does not show, or not told", state);
+    }
+    if (move.toldBeforeReading && !move.refusal) {
+        Require(health.move ==
+                    (move.toldError ? ZBOVISK_MOVE_ENDED_WITH_ERROR : ZBOVISK_MOVE_ENDED_WELL),
+                "a move's end is another one than the one that was told", state);
+    }
+    Require(move.told || !move.watchEnded || health.move == ZBOVISK_MOVE_LOST || move.refusal,
+            "a move whose watch has ended without a word is not lost", state);
 }
 
 void MoveRules::Finish() const {

@@ -3,9 +3,11 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "host/zb_ovisk_plain.h"
 #include "simulation/reference.h"
 #include "simulation/report.h"
 
@@ -46,6 +48,9 @@ class MoveRules {
     void ConditionAnswered(const std::string& reply);
     void Told(std::size_t number, bool finished, bool error, const McndReply& reply,
               const std::string& wire);
+    /// Around each reading of the health.
+    void ReadingBegins();
+    void ReadingEnds(const ZbOviskHealth& health) const;
     bool IsTold(std::size_t number) const { return moves_[number].told; }
     /// Once the stage stands and the line has been good for a while.
     void Finish() const;
@@ -59,12 +64,16 @@ class MoveRules {
         bool returned = false;
         bool accepted = false;
         bool told = false;
+        bool toldError = false;
+        bool toldBeforeReading = false;
+        std::optional<std::string> refusal{};  ///< the controller's words
         bool excused = false;
         bool watchEnded = false;
     };
     static constexpr std::size_t None = SIZE_MAX;
 
     void Excuse(Move& move);
+    void CheckState(const Move& move, const ZbOviskHealth& health) const;
 
     Report& report_;
     std::vector<Move> moves_;
@@ -78,6 +87,8 @@ class MoveRules {
     std::size_t provenAtRequest_ = None;
     std::size_t provenBefore_ = None;
     std::size_t watched_ = None;
+    std::size_t provenBeforeReading_ = None;
+    std::uint64_t acceptedBeforeReading_ = 0;
 };
 
 /// Homing: nothing starts that the operator has not asked for, Y follows X, and what has been

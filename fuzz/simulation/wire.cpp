@@ -37,11 +37,14 @@ void Wire::Receive(std::string_view bytes, std::chrono::nanoseconds /*now*/) {
     world->trace.Note(thread, "> " + request);
     Require(!unread_, "a request goes out before the one before was read", request);
     unread_ = true;
+    world->health.ExchangeOver(Newest(), NewestIsWorkers());
     owner_ = thread;
     if (thread == Worker) {
+        world->health.WorkerGoesOn();
         FinishWorkersExchange();
     }
-    exchanges_[thread] = {.request = request, .chunks = {}, .number = ++report_.exchanges};
+    exchanges_[thread] = {
+        .request = request, .chunks = {}, .number = ++report_.exchanges, .began = Elapsed()};
     Judge(thread, request);
     const Time now = Elapsed();
     if (pluggedIn_ && now >= startedAt_) {
@@ -70,6 +73,10 @@ void Wire::Judge(const std::string& thread, const std::string& request) {
     }
     Require(thread == Worker || request.starts_with("@MMVAL") || request.starts_with("@SMOD"),
             "a request of the worker's comes from another thread", request);
+}
+
+bool Wire::NewestIsWorkers() const {
+    return owner_ == Worker;
 }
 
 std::optional<Record> Wire::UnderWay() {

@@ -43,6 +43,9 @@ class Wire : public LocalPeer {
 
     /// The exchange that a thread ran last.
     const Exchange& LastOf(const std::string& thread) { return exchanges_[thread]; }
+    /// The exchange that came last to the line, whoever's.
+    const Exchange& Newest() { return exchanges_[owner_]; }
+    bool NewestIsWorkers() const;
     /// What the worker's exchange, as far as it is read, would add to the record.
     std::optional<Record> UnderWay();
     std::uint64_t Exchanges() const { return report_.exchanges; }

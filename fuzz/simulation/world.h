@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/module_library.h"
+#include "simulation/health.h"
 #include "simulation/mirror.h"
 #include "simulation/rules.h"
 #include "simulation/trace.h"
@@ -23,11 +24,13 @@ struct World {
     LampRules lamps;
     MoveRules moves{report};
     HomingRules homing{report, plan.automatic};
+    HealthRules health{plan};
     Wire wire{plan, report};
     host_tool::ModuleLibrary* module = nullptr;
-    bool starts = false;    ///< a start is under way and has not set remote mode yet
-    bool stopping = false;  ///< the host's threads are to end
-    bool calm = false;      ///< nobody makes trouble any more
+    bool starts = false;      ///< a start is under way and has not set remote mode yet
+    bool portIsGone = false;  ///< pulled out: exchanges fail that the line never sees
+    bool stopping = false;    ///< the host's threads are to end
+    bool calm = false;        ///< nobody makes trouble any more
 };
 
 /// The process's.
