@@ -17,12 +17,10 @@ void ReadRecord() {
 }
 
 void ReadHealth() {
-    ZbOviskHealth health{};
-    health.size = sizeof health;
     Wire& wire = world->wire;
     world->moves.ReadingBegins();
     world->health.ReadingBegins(wire.Newest(), wire.NewestIsWorkers());
-    Require(world->module->ZbOvisk_ReadHealth(&health), "the health is refused");
+    const ZbOviskHealth health = HealthNow();
     if (world->portIsGone) {
         return;
     }
@@ -88,6 +86,13 @@ void OnMoved(bool finished, bool error, const McndReply* reply, std::intptr_t da
 }
 
 }  // namespace
+
+ZbOviskHealth HealthNow() {
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    Require(world->module->ZbOvisk_ReadHealth(&health), "the health is refused");
+    return health;
+}
 
 void PlayHost(Chance& chance) {
     while (!world->stopping) {

@@ -91,6 +91,9 @@ void StopForGood() {
     Sleep(60'000);
     Require(Record() == record, "the record changes after the stop");
     Require(StopModule() < Seconds(2), "the worker does not end");
+    const ZbOviskHealth health = HealthNow();
+    Require(health.worker == ZBOVISK_WORKER_STOPPED && health.movesEnded == health.movesAccepted,
+            "the health does not show the stop");
 }
 
 void StartOnceMore() {

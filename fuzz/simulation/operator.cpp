@@ -102,6 +102,7 @@ void PlayHomer(Chance& chance) {
         world->homing.Began(virtual_time::Elapsed(), settled);
         world->module->OVISK_ZbrCmd(OviskCmd_Home, 0);
         world->homing.Ended(virtual_time::Elapsed());
+        world->homing.CheckHealth(HealthNow());
         world->trace.Note(ThisThread(), "is back");
     }
 }

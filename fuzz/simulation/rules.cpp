@@ -217,6 +217,21 @@ void HomingRules::Ended(std::chrono::nanoseconds now) {
     }
 }
 
+void HomingRules::CheckHealth(const ZbOviskHealth& health) const {
+    const std::string text = std::to_string(health.homing) + " " +
+                             std::to_string(health.homingAxis) + " " +
+                             std::to_string(health.lastHoming);
+    const bool mayGoOn = isAutomatic_ && confirmed_;
+    Require(health.homing == ZBOVISK_HOMING_NONE ||
+                (mayGoOn && health.homing == ZBOVISK_HOMING_AUTOMATIC),
+            "a homing goes on that is over", text);
+    // By hand, a Cancel may come when the last axis has just finished.
+    const bool isFinished = health.lastHoming == ZBOVISK_HOMING_FINISHED;
+    const bool isCancelled = health.lastHoming == ZBOVISK_HOMING_CANCELLED;
+    Require(mayGoOn || (cancelled_ && isCancelled) || (!isAutomatic_ && isFinished),
+            "a homing has ended otherwise than the health says", text);
+}
+
 void HomingRules::StartSent(Watch axis, bool automatic) {
     ++starts_;
     Require(starts_ <= okPresses_, "homing is started though nobody pressed OK");

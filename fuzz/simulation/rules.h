@@ -103,6 +103,8 @@ class HomingRules {
     void PressedCancel(bool stops);
     void Ended(std::chrono::nanoseconds now);
     void Sent(const std::string& request);
+    /// The Home command has returned.
+    void CheckHealth(const ZbOviskHealth& health) const;
     void ConditionAsked();
     void ConditionAnswered(const Exchange& exchange);
     /// Once everything that was posted must be out.

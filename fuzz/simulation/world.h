@@ -39,6 +39,9 @@ extern World* world;
 /// Every thread that the simulation has not made is the module's own: its worker.
 inline const std::string Worker = "worker";
 
+/// The health as it is, held to nothing.
+ZbOviskHealth HealthNow();
+
 /// The name of the calling thread.
 const std::string& ThisThread();
 void NameThisThread(const std::string& name);
