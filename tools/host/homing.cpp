@@ -69,9 +69,7 @@ void WatchMotion(ModuleLibrary& module) {
     std::string last;
     for (auto still = 0ms; still < 2s && !Interrupted() && std::chrono::steady_clock::now() < limit;
          still += 250ms) {
-        OviskData data;
-        module.ZbOvisk_GetOviskData(data);
-        const std::string position = PositionText(data.cposmr);
+        const std::string position = PositionText(module.Stage());
         if (position != last) {
             std::printf("%s\n", position.c_str());
             std::fflush(stdout);

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "host/actions.h"
+#include "host/go_to.h"
 #include "host/homing.h"
 #include "host/interrupt.h"
 #include "host/module_library.h"
@@ -18,17 +19,18 @@ using host_tool::ModuleLibrary;
 using Action = std::function<int(ModuleLibrary&)>;
 
 const char* const Statuses =
-    "Exit status: 0 done; 1 no live data came, or a lamp's value did not come back; 3 the module "
-    "could not be loaded; 4 the module refused the call, there is no panel, or a step of it has no "
-    "such control; 5 the move ended with an error; 6 no "
-    "notice of the end of the move; above 100: unusable arguments.";
+    "Exit status: 0 done; 1 the stage was not live at the end of the monitor, or a lamp's value "
+    "did not come back; 3 the module could not be loaded; 4 the module or the controller refused "
+    "the call, there is no panel, or a step of it has no such control; 5 the move ended with an "
+    "error or not at its target; 6 nobody knows how the move ended: no answer, replaced, lost, or "
+    "not within its time; above 100: unusable arguments.";
 
 /// Options of all subcommands, with their defaults.
 struct Options {
     std::filesystem::path library = host_tool::ModuleFileName;
     unsigned period = 200;
     unsigned seconds = 0;
-    bool every = false;
+    host_tool::MonitorOptions monitor;
     host_tool::MoveTarget target;
     unsigned limit = 60;
     int lamp = 0;
@@ -39,27 +41,32 @@ struct Options {
 };
 
 void AddMonitor(CLI::App& app, Options& options, Action& action) {
-    CLI::App* monitor =
-        app.add_subcommand("monitor", "Shows position, switches, lamps and latches until Ctrl-C");
+    CLI::App* monitor = app.add_subcommand(
+        "monitor",
+        "Shows position, switches, lamps, latches and the line until Ctrl-C, then whether the "
+        "stage is live: the controller answers and the position is no older than 2 s. A line "
+        "that failed meanwhile is told, and is no failure of the monitor");
     monitor->add_option("--seconds", options.seconds, "End after so many seconds; 0: at Ctrl-C")
         ->capture_default_str();
     monitor->add_option("--period", options.period, "Milliseconds between two readouts")
         ->capture_default_str();
-    monitor->add_flag("--every", options.every, "Print each readout, not only changes");
+    monitor->add_flag("--every", options.monitor.everyLine, "Print each readout, not only changes");
+    monitor->add_flag("--json", options.monitor.json,
+                      "Print each readout as one line of JSON, and nothing else");
     monitor->callback([&] {
+        options.monitor.period = std::chrono::milliseconds(options.period);
+        options.monitor.length = std::chrono::seconds(options.seconds);
         action = [&](ModuleLibrary& module) {
-            return host_tool::Monitor(module, {.period = std::chrono::milliseconds(options.period),
-                                               .length = std::chrono::seconds(options.seconds),
-                                               .everyLine = options.every})
-                       ? host_tool::Done
-                       : host_tool::NoLiveData;
+            return host_tool::Monitor(module, options.monitor) ? host_tool::Done
+                                                               : host_tool::NotLive;
         };
     });
 }
 
 void AddGoTo(CLI::App& app, Options& options, Action& action) {
     CLI::App* goTo = app.add_subcommand(
-        "goto", "Moves the stage and waits for the end; a unit is 1000000 controller counts");
+        "goto",
+        "Moves the stage and says what became of the move; a unit is 1000000 controller counts");
     goTo->add_option("X", options.target.x, "Target of X")->required();
     goTo->add_option("Y", options.target.y, "Target of Y")->required();
     goTo->add_option("Z", options.target.z, "Target of Z")->required();

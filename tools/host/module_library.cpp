@@ -31,4 +31,18 @@ ModuleLibrary::~ModuleLibrary() {
     UnloadLibraryFile(library_);
 }
 
+ZbOviskStage ModuleLibrary::Stage() const {
+    ZbOviskStage stage{};
+    stage.size = sizeof stage;
+    ZbOvisk_ReadStage(&stage);
+    return stage;
+}
+
+ZbOviskHealth ModuleLibrary::Health() const {
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    ZbOvisk_ReadHealth(&health);
+    return health;
+}
+
 }  // namespace host_tool

@@ -27,6 +27,10 @@ class ModuleLibrary {
     decltype(&::ZbOvisk_ReadStage) ZbOvisk_ReadStage;
     decltype(&::ZbOvisk_ReadHealth) ZbOvisk_ReadHealth;
 
+    /// The stage, and how module and line are, as the module has them now.
+    ZbOviskStage Stage() const;
+    ZbOviskHealth Health() const;
+
   private:
     template <typename Function>
     void Find(Function& function, const char* name);

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "host/interrupt.h"
+#include "host/line_watch.h"
+#include "host/readout.h"
 #include "host/text.h"
 
 namespace host_tool {
@@ -18,60 +20,75 @@ struct Counts {
     int switchLatches = 0;
     int emergencyLatches = 0;
     int lampLatches = 0;
+    std::string lastPosition;
+
+    void Note(const Readout& readout) {
+        const std::string position = PositionText(readout.stage);
+        positions += readouts > 0 && position != lastPosition ? 1 : 0;
+        lastPosition = position;
+        switchLatches += readout.anySwitch ? 1 : 0;
+        emergencyLatches += readout.emergency ? 1 : 0;
+        lampLatches += readout.lampChanged ? 1 : 0;
+        ++readouts;
+    }
 };
 
-std::string LatchText(ModuleLibrary& module, Counts& counts) {
-    bool anySwitch = false;
-    bool emergency = false;
-    bool lampChanged = false;
-    module.ZbOvisk_GetAndClearLatches(&anySwitch, &emergency, &lampChanged);
-    counts.switchLatches += anySwitch ? 1 : 0;
-    counts.emergencyLatches += emergency ? 1 : 0;
-    counts.lampLatches += lampChanged ? 1 : 0;
-    std::string text;
-    text += anySwitch ? " switch" : "";
-    text += emergency ? " emergency" : "";
-    text += lampChanged ? " lamps" : "";
-    return text.empty() ? " -" : text;
+std::string LineOf(const Readout& readout) {
+    std::string latched;
+    latched += readout.anySwitch ? " switch" : "";
+    latched += readout.emergency ? " emergency" : "";
+    latched += readout.lampChanged ? " lamps" : "";
+    return PositionText(readout.stage) + " | " + SwitchText(readout.stage) + " | lamps " +
+           LampText(readout.stage) + " | latched" + (latched.empty() ? " -" : latched);
 }
 
-bool PrintSummary(const Counts& counts) {
-    std::printf(
+void PrintAt(Clock::duration time, const std::string& line) {
+    std::printf("%7.2f s  %s\n", std::chrono::duration<double>(time).count(), line.c_str());
+    std::fflush(stdout);
+}
+
+void PrintSummary(std::FILE* out, const Counts& counts, const LineWatch& line) {
+    std::fprintf(
+        out,
         "\nread %d times: %d changes of position, %d switch latches (%d of them emergency), %d "
-        "lamp changes\n",
+        "lamp changes\n%s\n",
         counts.readouts, counts.positions, counts.switchLatches, counts.emergencyLatches,
-        counts.lampLatches);
-    const bool alive = counts.positions > 0;
-    std::printf(alive ? "the stage is live\n" : "no live data came\n");
-    return alive;
+        counts.lampLatches, line.Verdict().c_str());
+}
+
+/// Until its time is over, somebody interrupts it, or nobody reads any more what it prints.
+bool GoesOn(const MonitorOptions& options, Clock::duration passed) {
+    return !Interrupted() && std::ferror(stdout) == 0 &&
+           (options.length.count() == 0 || passed < options.length);
 }
 
 }  // namespace
 
 bool Monitor(ModuleLibrary& module, const MonitorOptions& options) {
-    Counts counts;
-    std::string lastPosition;
-    std::string lastLine;
     const auto start = Clock::now();
-    while (!Interrupted() &&
-           (options.length.count() == 0 || Clock::now() - start < options.length)) {
-        OviskData data;
-        module.ZbOvisk_GetOviskData(data);
-        const std::string position = PositionText(data.cposmr);
-        const std::string line = position + " | " + SwitchText(data.sswc) + " | lamps " +
-                                 LampText(data.labr) + " | latched" + LatchText(module, counts);
-        counts.positions += !lastPosition.empty() && position != lastPosition ? 1 : 0;
-        if (options.everyLine || line != lastLine) {
-            const std::chrono::duration<double> time = Clock::now() - start;
-            std::printf("%7.2f s  %s\n", time.count(), line.c_str());
+    Counts counts;
+    LineWatch watch(start);
+    std::string lastLine;
+    while (GoesOn(options, Clock::now() - start)) {
+        const Readout readout = ReadAll(module);
+        counts.Note(readout);
+        const std::string news = watch.Note(readout.health, Clock::now());
+        const std::string line = options.json ? JsonOf(readout) : LineOf(readout);
+        if (options.json) {
+            std::printf("%s\n", line.c_str());
             std::fflush(stdout);
+        } else if (options.everyLine || line != lastLine) {
+            PrintAt(Clock::now() - start, line);
         }
-        ++counts.readouts;
-        lastPosition = position;
+        if (!options.json && !news.empty()) {
+            PrintAt(Clock::now() - start, news);
+        }
         lastLine = line;
         Pause(options.period);
     }
-    return PrintSummary(counts);
+    watch.Note(module.Health(), Clock::now());
+    PrintSummary(options.json ? stderr : stdout, counts, watch);
+    return watch.IsLive();
 }
 
 }  // namespace host_tool

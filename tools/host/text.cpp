@@ -1,34 +1,41 @@
 #include "host/text.h"
 
+#include <cstdio>
+
 namespace host_tool {
 
 namespace {
 
-std::string AxisText(std::int32_t value, std::uint8_t error, const std::string& errorText) {
-    return error != 0 ? errorText : std::to_string(value);
+std::string AxisText(std::int32_t value, bool error, const char* errorText) {
+    return error ? errorText : std::to_string(value);
 }
 
 }  // namespace
 
-std::string PositionText(const CposmrReply& position) {
-    return "X " + AxisText(position.x, position.xError, position.xErrorText) + "  Y " +
-           AxisText(position.y, position.yError, position.yErrorText) + "  Z " +
-           AxisText(position.z, position.zError, position.zErrorText);
+std::string PositionText(const ZbOviskStage& stage) {
+    return "X " + AxisText(stage.x, stage.xError, stage.xErrorText) + "  Y " +
+           AxisText(stage.y, stage.yError, stage.yErrorText) + "  Z " +
+           AxisText(stage.z, stage.zError, stage.zErrorText);
 }
 
-std::string SwitchText(const SswcReply& switches) {
-    return "EMER_SW " + std::to_string(switches.EMER_SW) + " SW_Y " +
-           std::to_string(switches.SW_Y) + " DATA_SW " + std::to_string(switches.DATA_SW) +
-           " FOOT_SW " + std::to_string(switches.FOOT_SW) + " MEAS_MODE " +
-           std::to_string(switches.MEAS_MODE);
+std::string SwitchText(const ZbOviskStage& stage) {
+    return "EMER_SW " + std::to_string(stage.switches[0]) + " SW_Y " +
+           std::to_string(stage.switches[2]) + " DATA_SW " + std::to_string(stage.switches[4]) +
+           " FOOT_SW " + std::to_string(stage.switches[11]) + " MEAS_MODE " +
+           std::to_string(stage.switches[12]);
 }
 
-std::string LampText(const LabrReply& lamps) {
+std::string LampText(const ZbOviskStage& stage) {
     std::string text;
-    for (const std::int32_t value :
-         {lamps.labr1, lamps.labr2, lamps.labr4, lamps.labr5, lamps.labr6, lamps.labr7}) {
-        text += (text.empty() ? "" : " ") + std::to_string(value);
+    for (const int field : {0, 1, 3, 4, 5, 6}) {
+        text += (text.empty() ? "" : " ") + std::to_string(stage.lamps[field]);
     }
+    return text;
+}
+
+std::string SecondsText(std::uint64_t milliseconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f s", static_cast<double>(milliseconds) / 1000);
     return text;
 }
 

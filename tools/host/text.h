@@ -2,15 +2,17 @@
 
 #include <string>
 
-#include "host/zb_ovisk.h"
+#include "host/zb_ovisk_plain.h"
 
 namespace host_tool {
 
 /// The three positions, with an axis's error code in the place of its number.
-std::string PositionText(const CposmrReply& position);
+std::string PositionText(const ZbOviskStage& stage);
 /// The switches that have a name.
-std::string SwitchText(const SswcReply& switches);
+std::string SwitchText(const ZbOviskStage& stage);
 /// The six lamp values.
-std::string LampText(const LabrReply& lamps);
+std::string LampText(const ZbOviskStage& stage);
+/// Milliseconds as seconds: "12.3 s".
+std::string SecondsText(std::uint64_t milliseconds);
 
 }  // namespace host_tool
