@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "homing/automatic_homing.h"
@@ -19,7 +20,8 @@ void Copy(const std::string& text, char (&array)[Size]) {
 
 template <std::size_t Size>
 void Copy(const std::array<char, Size>& text, char (&array)[Size]) {
-    std::ranges::copy(text, array);
+    // The compiler makes a loop over bytes of a copy by iterators: half of a reading's time.
+    std::memcpy(array, text.data(), Size);
 }
 
 void CopySwitches(const SswcReply& sswc, std::int32_t* switches) {
