@@ -2,6 +2,7 @@
 
 #include "controller/controller_line.h"
 #include "host/zb_ovisk.h"
+#include "host/zb_ovisk_plain.h"
 #include "running_worker.h"
 
 void EnsureWorker() {
@@ -28,6 +29,27 @@ void SnapshotBesideWorker(benchmark::State& state) {
 }
 BENCHMARK(SnapshotBesideWorker)->Name("beside/module")->Apply(MeasureReaders);
 
+// The floor of the plain records is the snapshot itself.
+BENCHMARK(Snapshot)->Name("plain_stage/floor")->Apply(MeasureAlone);
+BENCHMARK(Snapshot)->Name("plain_health/floor")->Apply(MeasureAlone);
+
+template <typename Record, bool (&Read)(Record*)>
+void PlainRecord(benchmark::State& state) {
+    Record record{};
+    record.size = sizeof record;
+    for ([[maybe_unused]] auto _ : state) {
+        benchmark::DoNotOptimize(Read(&record));
+        benchmark::DoNotOptimize(record);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(PlainRecord<ZbOviskStage, ZbOvisk_ReadStage>)
+    ->Name("plain_stage/module")
+    ->Apply(MeasureAlone);
+BENCHMARK(PlainRecord<ZbOviskHealth, ZbOvisk_ReadHealth>)
+    ->Name("plain_health/module")
+    ->Apply(MeasureAlone);
+
 void TakeAndClear(benchmark::State& state) {
     bool anySwitch = false;
     bool emergency = false;
@@ -37,6 +59,6 @@ void TakeAndClear(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
 }
-BENCHMARK(TakeAndClear)->Name("latches/module")->Apply(MeasureLatches);
+BENCHMARK(TakeAndClear)->Name("latches/module")->Apply(MeasureAlone);
 
 }  // namespace

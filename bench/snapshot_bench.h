@@ -15,8 +15,8 @@ inline void MeasureReaders(benchmark::internal::Benchmark* bench) {
 /// Has the module's worker poll a controller without a pause, from then on.
 void EnsureWorker();
 
-/// Both sides of the latch rows.
-inline void MeasureLatches(benchmark::internal::Benchmark* bench) {
+/// Both sides of the rows with one reader: the latches and the plain records.
+inline void MeasureAlone(benchmark::internal::Benchmark* bench) {
     bench->Repetitions(5)->MinTime(0.04);
 }
 
@@ -28,7 +28,7 @@ class SnapshotFloors {
         benchmark::RegisterBenchmark("snapshot/floor", Copy)->Apply(MeasureReaders);
         benchmark::RegisterBenchmark("scaled/floor", CopyAndScale)->Apply(MeasureReaders);
         benchmark::RegisterBenchmark("beside/floor", CopyBesideWorker)->Apply(MeasureReaders);
-        benchmark::RegisterBenchmark("latches/floor", Clear)->Apply(MeasureLatches);
+        benchmark::RegisterBenchmark("latches/floor", Clear)->Apply(MeasureAlone);
         return true;
     }
 
