@@ -50,7 +50,13 @@ std::string LineWatch::Note(const ZbOviskHealth& health, Time now) {
     newest_ = health;
     state_ = StateIn(health);
     failsFor_ = state_ == State::Fails ? now - lastGood_ : std::chrono::duration<double>(0);
-    return state_ == before ? "" : NewsOf(before);
+    if (state_ != before) {
+        return NewsOf(before);
+    }
+    return failed && state_ == State::Answers
+               ? std::string("failed between two readouts: ") + health.lastFailure +
+                     "; the controller answers again"
+               : "";
 }
 
 std::string LineWatch::NewsOf(State before) const {

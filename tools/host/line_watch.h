@@ -16,7 +16,7 @@ class LineWatch {
     explicit LineWatch(Time start) : lastGood_(start) {}
 
     /// Takes a reading in. What is to be told when the line has begun to answer or to fail since
-    /// the one before, or the worker has ended; else an empty text.
+    /// the one before, has failed in between, or the worker has ended; else an empty text.
     std::string Note(const ZbOviskHealth& health, Time now);
 
     /// Whether the controller answers by the newest reading, and the position is new enough for a
