@@ -12,7 +12,8 @@
 
 Needs nothing but Python 3.8 and the module's library: `ZbOvisk.dll` on 64-bit Windows,
 `libZbOvisk.so` on Linux. It is looked for as `library=` says, then in the environment variable
-ZBOVISK_LIBRARY, beside this file, and where the system keeps its libraries.
+ZBOVISK_LIBRARY, beside this file, in the package that this file is part of, and where the system keeps
+its libraries.
 
 Run as a program it prints a live stage until it is interrupted.
 """
@@ -210,10 +211,13 @@ def _find_library() -> str:
         return named
     names = ("ZbOvisk.dll",) if os.name == "nt" else ("libZbOvisk.so.1", "libZbOvisk.so")
     here = pathlib.Path(__file__).resolve().parent
-    for folder in (here, *(here.parents[up] / sub for up in range(min(4, len(here.parents)))
-                           for sub in ("bin", "lib", "lib64"))):
+    folders = [here]
+    for above in list(here.parents)[:4]:
+        # A Debian machine has a folder of its own for each kind of processor below lib.
+        folders += [above / "bin", *sorted(above.glob("lib*")), *sorted(above.glob("lib/*-linux-*"))]
+    for folder in folders:
         for name in names:
-            if (folder / name).exists():
+            if (folder / name).is_file():
                 return str(folder / name)
     return names[0]
 
