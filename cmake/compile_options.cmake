@@ -1,16 +1,18 @@
-# One interface target that every target of the project links: warnings, sanitizers, sections.
+# One interface target that every target of the project links: warnings, protections, sanitizers,
+# sections, and what makes two builds of one commit equal.
 add_library(ovisk_options INTERFACE)
 target_compile_features(ovisk_options INTERFACE cxx_std_20)
 target_include_directories(ovisk_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
 
 if(MSVC)
-    target_compile_options(ovisk_options INTERFACE /W4 /permissive- /utf-8 /EHsc)
+    target_compile_options(ovisk_options INTERFACE /W4 /permissive- /utf-8 /EHsc /Brepro)
+    target_link_options(ovisk_options INTERFACE /Brepro)
     target_compile_definitions(ovisk_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
     target_compile_options(ovisk_options INTERFACE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
         $<$<NOT:$<BOOL:$<TARGET_PROPERTY:OVISK_VISIBLE>>>:-fvisibility=hidden>
-        -ffunction-sections -fdata-sections)
+        -ffunction-sections -fdata-sections -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
     if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
         target_compile_options(ovisk_options INTERFACE -Wthread-safety)
     endif()
@@ -21,7 +23,7 @@ if(WIN32)
         UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
     if(MINGW)
         # libgcc, libstdc++ and winpthread go in; gcc 12 sees false overlaps in its own std::string.
-        target_link_options(ovisk_options INTERFACE -static)
+        target_link_options(ovisk_options INTERFACE -static -Wl,--no-insert-timestamp)
         target_compile_options(ovisk_options INTERFACE -Wno-restrict)
     endif()
 else()
@@ -40,6 +42,11 @@ if(OVISK_SANITIZE)
         -fsanitize=${OVISK_SANITIZE} -fno-sanitize=alignment
         -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(ovisk_options INTERFACE -fsanitize=${OVISK_SANITIZE})
+elseif(NOT MSVC)
+    # The sanitizers check more than these do. Without optimisation the second only warns.
+    target_compile_options(ovisk_options INTERFACE
+        -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(ovisk_options INTERFACE -fstack-protector-strong)
 endif()
 
 option(OVISK_COVERAGE "Count what the tests run of the module (clang)" OFF)
