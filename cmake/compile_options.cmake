@@ -7,7 +7,7 @@ target_include_directories(ovisk_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJE
 if(MSVC)
     target_compile_options(ovisk_options INTERFACE /W4 /permissive- /utf-8 /EHsc /Brepro)
     target_link_options(ovisk_options INTERFACE /Brepro)
-    target_compile_definitions(ovisk_options INTERFACE _CRT_SECURE_NO_WARNINGS)
+    target_compile_definitions(ovisk_options INTERFACE _CRT_SECURE_NO_WARNINGS ZBOVISK_OTHER_STRING)
 else()
     target_compile_options(ovisk_options INTERFACE
         -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
