@@ -47,6 +47,7 @@ class Link(enum.IntEnum):
     NEVER_ANSWERED = 0
     ANSWERS = 1
     FAILS = 2
+    LOST = 3  #: with `Reopen`: the module is mending it, and takes no move and no homing
 
 
 class Move(enum.IntEnum):
@@ -113,6 +114,7 @@ class _Health(ctypes.Structure):
         ("previous_move", ctypes.c_int32),
         ("move_target", ctypes.c_int32 * 3),
         ("move_text", ctypes.c_char * 32),
+        ("link_losses", ctypes.c_uint32),
         ("homing", ctypes.c_int32),
         ("homing_axis", ctypes.c_int32),
         ("last_homing", ctypes.c_int32),
@@ -170,6 +172,7 @@ class Health:
     previous_move: Move
     move_target: Tuple[int, int, int]  #: in counts
     move_text: str
+    link_losses: int  #: with `Reopen`: after one, home the stage again
     homing: Homing
     homing_axis: str  #: "X", "Y" or ""
     last_homing: HomingEnd
@@ -307,7 +310,8 @@ class Stage:
             switches_age=_seconds(raw.switches_age), lamps_age=_seconds(raw.lamps_age),
             moves_accepted=raw.moves_accepted, moves_ended=raw.moves_ended, move=Move(raw.move),
             previous_move=Move(raw.previous_move), move_target=tuple(raw.move_target),
-            move_text=raw.move_text.decode("ascii", "replace"), homing=Homing(raw.homing),
+            move_text=raw.move_text.decode("ascii", "replace"), link_losses=raw.link_losses,
+            homing=Homing(raw.homing),
             homing_axis=("", "X", "Y")[raw.homing_axis], last_homing=HomingEnd(raw.last_homing))
 
     def latches(self) -> Latches:

@@ -15,6 +15,8 @@ using State = AutoHomingState;
 constinit State record;
 std::atomic<bool> dialogOpen{false};
 
+/// Set at dialog start, read by the worker.
+std::atomic<HWND> AutoHomingDialog{nullptr};
 /// The dialog's thread only.
 HBITMAP AutoHomingBitmap = nullptr;
 
@@ -26,6 +28,7 @@ void WithdrawStarts() {
 }
 
 void StartDialog(HWND dialog, State& homing) {
+    AutoHomingDialog.store(dialog);
     PlaceHomingDialog(dialog);
     SetWindowTextW(dialog, homing.caption);
     SetDlgItemTextW(dialog, IDC_HOMING_TEXT, homing.text);
@@ -39,13 +42,19 @@ void StartDialog(HWND dialog, State& homing) {
     SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
 }
 
-/// The start is queued before the state tells the worker to look for its end.
+/// The start is queued before the state tells the worker to look for its end. A start that a lost
+/// line does not take ends the run; so has the worker, if the line was lost meanwhile.
 void PressOk(HWND dialog, State& homing) {
-    if (homing.state.Value() == State::Confirmation) {
-        PostCommand(HomingXId, AutoXRequest);
-        homing.state.Set(State::XReturn);
-        EndDialog(dialog, IDOK);
+    const HomingState::Moment now = homing.state.Now();
+    if (now.state != State::Confirmation) {
+        return;
     }
+    if (!PostCommand(HomingXId, AutoXRequest)) {
+        EndHoming(homing.state, now, HomingEnd::Failed);
+    } else if (!homing.state.MoveOn(now, State::XReturn)) {
+        WithdrawStarts();
+    }
+    EndDialog(dialog, IDOK);
 }
 
 void Leave(HWND dialog, State& homing) {
@@ -87,8 +96,9 @@ bool IsCompleted(std::size_t field, const char* name, bool& failed) {
 /// one of the two sees the start, which only this thread can send. So a run that is broken off
 /// meanwhile does not start Y.
 void StartY(State& homing, HomingState::Moment now) {
-    PostCommand(HomingYId, AutoYRequest);
-    if (!homing.state.MoveOn(now, State::YReturn)) {
+    if (!PostCommand(HomingYId, AutoYRequest)) {
+        EndHoming(homing.state, now, HomingEnd::Failed);
+    } else if (!homing.state.MoveOn(now, State::YReturn)) {
         WithdrawCommand(AutoYRequest);
     }
 }
@@ -105,11 +115,15 @@ INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam) {
                 Leave(dialog, homing);
             }
             return TRUE;
+        case BreakOffMessage:
+            EndDialog(dialog, 0);
+            return TRUE;
         case WM_CLOSE:
             Leave(dialog, homing);
             return TRUE;
         case WM_DESTROY:
             // The state is left alone: homing runs on after the dialog has gone.
+            AutoHomingDialog.store(nullptr);
             DeleteObject(AutoHomingBitmap);
             AutoHomingBitmap = nullptr;
             return TRUE;
@@ -126,6 +140,10 @@ void RunAutoHoming(HWND parent) {
 
 INT_PTR CALLBACK MyAutoHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     return Guarded(INT_PTR{TRUE}, [=] { return Handle(dialog, record, message, wParam); });
+}
+
+void BreakOffAutoHoming() {
+    BreakOffHoming(record.state, AutoHomingDialog.load());
 }
 
 bool AutoHomingRuns() {

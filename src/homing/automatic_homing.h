@@ -31,6 +31,9 @@ bool AutoHomingRuns();
 /// The axis that is on its way: 1 X, 2 Y, 0 none.
 int AutoHomingAxis();
 
+/// The line is lost: the run that is under way has failed, and its dialog closes. The worker.
+void BreakOffAutoHoming();
+
 /// One look at the axis that is on its way. The worker; takes at most one exchange. A failed
 /// exchange, a failed axis, or a reply without the axis's field ends the procedure with a log line;
 /// no command stops the motion.

@@ -11,10 +11,22 @@ void EndHoming(HomingState& state, HomingEnd end) {
     lastHomingEnd = end;
 }
 
-void EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) {
+bool EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) {
     const LockHold hold(HealthLock);
-    if (state.MoveOn(then, HomingIdle)) {
+    const bool isEnded = state.MoveOn(then, HomingIdle);
+    if (isEnded) {
         lastHomingEnd = end;
+    }
+    return isEnded;
+}
+
+void BreakOffHoming(HomingState& state, HWND dialog) {
+    HomingState::Moment now = state.Now();
+    while (now.state != HomingIdle && !EndHoming(state, now, HomingEnd::Failed)) {
+        now = state.Now();
+    }
+    if (now.state != HomingIdle && dialog != nullptr) {
+        PostMessageW(dialog, BreakOffMessage, now.run, 0);
     }
 }
 

@@ -56,8 +56,15 @@ extern HomingEnd lastHomingEnd ZB_GUARDED_BY(HealthLock);
 
 /// Ends the run, for whoever reads the health at one moment with how it ended. The dialog's thread.
 void EndHoming(HomingState& state, HomingEnd end) ZB_EXCLUDES(HealthLock);
-/// The same if nothing has changed since `then`. Any thread.
-void EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) ZB_EXCLUDES(HealthLock);
+/// The same if nothing has changed since `then`; false when something has. Any thread.
+bool EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) ZB_EXCLUDES(HealthLock);
+
+/// Ends the run that is under way as failed, whatever its dialog does meanwhile, and asks the
+/// dialog to close, if it is there. The worker.
+void BreakOffHoming(HomingState& state, HWND dialog) ZB_EXCLUDES(HealthLock);
+
+/// The worker asks a dialog to close whose run, in wParam, it has broken off.
+inline constexpr UINT BreakOffMessage = WM_APP + 2;
 
 /// The controller's homing condition: of its fields up to five are read, and the fourth and the
 /// fifth tell how the origin returns of X and Y stand. Only a field's first character counts.

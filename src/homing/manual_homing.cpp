@@ -52,21 +52,26 @@ void StartDialog(HWND dialog, State& homing) {
 }
 
 /// The command goes first and the state last: the worker never looks at an axis whose start is not
-/// queued, and sees a state only when the dialog shows it.
+/// queued, and sees a state only when the dialog shows it. A start that a lost line does not take
+/// ends the run; so has the worker, if the line was lost meanwhile.
+void StartAxis(HWND dialog, State& homing, HomingState::Moment now, bool isPosted,
+               const WCHAR* text) {
+    const std::uint32_t next = now.state + 1;
+    if (isPosted) {
+        Show(dialog, text, false, next);
+        homing.state.MoveOn(now, next);
+    } else {
+        EndHoming(homing.state, now, HomingEnd::Failed);
+        EndDialog(dialog, 0);
+    }
+}
+
 void PressOk(HWND dialog, State& homing) {
-    switch (homing.state.Value()) {
-        case State::LeftLimit:
-            MyPostManualHomingX(true);
-            Show(dialog, homing.xMoveText, false, State::XReturn);
-            homing.state.Set(State::XReturn);
-            break;
-        case State::FrontLimit:
-            MyPostManualHomingY(true);
-            Show(dialog, homing.yMoveText, false, State::YReturn);
-            homing.state.Set(State::YReturn);
-            break;
-        default:
-            break;
+    const HomingState::Moment now = homing.state.Now();
+    if (now.state == State::LeftLimit) {
+        StartAxis(dialog, homing, now, MyPostManualHomingX(true), homing.xMoveText);
+    } else if (now.state == State::FrontLimit) {
+        StartAxis(dialog, homing, now, MyPostManualHomingY(true), homing.yMoveText);
     }
 }
 
@@ -91,10 +96,10 @@ void Advance(HWND dialog, State& homing, std::uint32_t state, std::uint32_t run)
     }
     if (state == State::XReturn) {
         Show(dialog, homing.yPromptText, true, State::FrontLimit);
-        homing.state.Set(State::FrontLimit);
+        homing.state.MoveOn(now, State::FrontLimit);
     } else if (state == State::YReturn) {
         EndDialog(dialog, 1);
-        EndHoming(homing.state, HomingEnd::Finished);
+        EndHoming(homing.state, now, HomingEnd::Finished);
     }
 }
 
@@ -125,6 +130,7 @@ INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam, LPARAM l
             Advance(dialog, homing, static_cast<std::uint32_t>(wParam),
                     static_cast<std::uint32_t>(lParam));
             return TRUE;
+        case BreakOffMessage:
         case WM_CLOSE:
             EndDialog(dialog, 0);
             return TRUE;
@@ -144,6 +150,10 @@ void RunManualHoming(HWND parent) {
 
 INT_PTR CALLBACK MyManualHomingDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return Guarded(INT_PTR{TRUE}, [=] { return Handle(dialog, record, message, wParam, lParam); });
+}
+
+void BreakOffManualHoming() {
+    BreakOffHoming(record.state, ManualHomingDialog.load());
 }
 
 bool ManualHomingRuns() {

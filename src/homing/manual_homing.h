@@ -38,9 +38,13 @@ bool ManualHomingRuns();
 /// The axis that the operator has come to: 1 X, 2 Y, 0 none.
 int ManualHomingAxis();
 
+/// The line is lost: the run that is under way has failed, and its dialog closes. The worker.
+void BreakOffManualHoming();
+
 /// One look at the axis that is on its way. The worker; takes at most one exchange.
 void MyManualHomingStep();
 
-/// Post the start (true) or the stop (false) of the axis's origin return.
+/// Post the start (true) or the stop (false) of the axis's origin return. False while the line is
+/// lost.
 bool MyPostManualHomingX(bool on);
 bool MyPostManualHomingY(bool on);

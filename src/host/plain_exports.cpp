@@ -6,6 +6,7 @@
 #include "homing/manual_homing.h"
 #include "host/start_stop.h"
 #include "host/zb_ovisk_plain.h"
+#include "link/line_gate.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
 #include "worker/moves.h"
@@ -61,10 +62,12 @@ std::uint64_t Age(ULONGLONG now, ULONGLONG tick, bool hasBeen) {
 
 void CopyLink(ULONGLONG now, ZbOviskHealth& health) ZB_REQUIRES(HealthLock) {
     const bool hasAnswered = linkHealth.good != 0;
-    health.link = !hasAnswered                    ? ZBOVISK_LINK_NEVER_ANSWERED
+    health.link = LineIsLost()                    ? ZBOVISK_LINK_LOST
+                  : !hasAnswered                  ? ZBOVISK_LINK_NEVER_ANSWERED
                   : linkHealth.failuresInRow == 0 ? ZBOVISK_LINK_ANSWERS
                                                   : ZBOVISK_LINK_FAILS;
     health.failuresInRow = linkHealth.failuresInRow;
+    health.linkLosses = linkHealth.losses;
     health.lastSystemError = linkHealth.lastSystemError;
     health.exchangesGood = linkHealth.good;
     health.exchangesFailed = linkHealth.failed;

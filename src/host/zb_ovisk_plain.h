@@ -72,7 +72,10 @@ enum ZbOviskWorker {
 enum ZbOviskLink {
     ZBOVISK_LINK_NEVER_ANSWERED = 0,
     ZBOVISK_LINK_ANSWERS = 1,  ///< the last exchange was good
-    ZBOVISK_LINK_FAILS = 2     ///< the last exchange failed; a good one came before
+    ZBOVISK_LINK_FAILS = 2,    ///< the last exchange failed; a good one came before
+    /// With `Reopen`: nothing goes out until the worker has mended the line. Moves and homing are
+    /// refused, lamp values wait.
+    ZBOVISK_LINK_LOST = 3
 };
 
 /// ZbOviskHealth::move and previousMove
@@ -129,6 +132,10 @@ struct ZbOviskHealth {
     int32_t previousMove;    ///< how the one before it ended: enum ZbOviskMove
     int32_t moveTarget[3];   ///< of the newest move, X, Y and Z in counts
     char moveText[32];       ///< why the controller refused it
+
+    /// How often the line was lost and had to be mended, since load; always 0 without `Reopen`. A
+    /// controller that was off has lost its origin: home the stage again.
+    uint32_t linkLosses;
 
     int32_t homing;      ///< what is under way: enum ZbOviskHoming
     int32_t homingAxis;  ///< 1: X, 2: Y, 0: none, or not confirmed yet

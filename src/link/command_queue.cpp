@@ -50,6 +50,9 @@ bool PostCommand(std::uint32_t id, const std::string& text) {
     PostedCommand command{id, text};
     {
         const LockHold hold(CommandQueueLock);
+        if (IsHoming(id) && LineIsLost()) {
+            return false;
+        }
         CommandQueue.push_back(std::move(command));
     }
     if (const HANDLE event = CommandEvent.load()) {
@@ -84,6 +87,17 @@ void WithdrawCommand(const char* text) {
     if (std::strcmp(takenText.data(), text) == 0) {
         SetPostedCommandCalledOff(true);
     }
+}
+
+void DropHomingCommands() {
+    const LockHold hold(CommandQueueLock);
+    NoteTaken("");
+    std::erase_if(CommandQueue, [](const PostedCommand& command) { return IsHoming(command.id); });
+}
+
+void ReturnCommand(PostedCommand&& command) {
+    const LockHold hold(CommandQueueLock);
+    CommandQueue.insert(CommandQueue.begin(), std::move(command));
 }
 
 bool CommandWaits(std::uint32_t id) {

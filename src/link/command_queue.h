@@ -34,8 +34,14 @@ void EnsureCommandEvent();
 /// Makes a handle to the event, creating the event if nobody has. Null when the system refuses.
 HANDLE OpenCommandEvent();
 
-/// Puts a command on the queue and wakes the worker. Always true; says nothing about the
-/// controller. Any thread, at any time; never waits for the line. Throws only std::bad_alloc.
+/// Whether a command of this id is one of homing.
+constexpr bool IsHoming(std::uint32_t id) {
+    return id == HomingXId || id == HomingYId;
+}
+
+/// Puts a command on the queue and wakes the worker. True; false only for one of homing while the
+/// line is lost: that is not kept. Says nothing about the controller. Any thread, at any time;
+/// never waits for the line. Throws only std::bad_alloc.
 bool PostCommand(std::uint32_t id, const std::string& text) ZB_EXCLUDES(CommandQueueLock);
 
 /// Takes the oldest command, folds all newer ones of its id into it, and logs a line for each of
@@ -47,6 +53,13 @@ bool ZbComPopUniqueCommandNoLock(PostedCommand& entry) ZB_REQUIRES(CommandQueueL
 /// Takes back the commands with this text, of at most 15 characters, that have not been written
 /// yet, one included that the worker has taken and that waits for the line. Any thread.
 void WithdrawCommand(const char* text) ZB_EXCLUDES(CommandQueueLock);
+
+/// Drops the homing commands that wait. None is added between the loss of the line and its mending.
+/// The worker, between two commands.
+void DropHomingCommands() ZB_EXCLUDES(CommandQueueLock);
+
+/// Puts a command that could not be sent back to its place before all others. The worker.
+void ReturnCommand(PostedCommand&& command) ZB_EXCLUDES(CommandQueueLock);
 
 /// Whether a command of this id still waits to be sent. Any thread.
 bool CommandWaits(std::uint32_t id) ZB_EXCLUDES(CommandQueueLock);

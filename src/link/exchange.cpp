@@ -26,6 +26,9 @@ bool EndAs(Outcome outcome) ZB_REQUIRES(ComLock) {
 
 bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool logEnabled) {
     if (!MayUseLine()) {
+        if (LineIsLost()) {
+            WriteLine("ZbComOpenWriteRead LINE LOST\n");
+        }
         return EndAs(Outcome::ShutOut);
     }
     if (CurrentPortSettings().Port < 0) {
@@ -42,6 +45,7 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     if (elapsed < pause) {
         Sleep(pause - static_cast<DWORD>(elapsed));
     }
+    const bool isLate = StrictRepliesWanted && ZbComDropLateReply();
     if (!ZbComWrite(command, logEnabled)) {
         LastFailureTick = GetTickCount64();
         return EndAs(MayUseLine() ? Outcome::NotWritten : Outcome::ShutOut);
@@ -49,12 +53,12 @@ bool ZbComOpenWriteRead(const std::string& command, std::string& reply, bool log
     Sleep(pause);
     if (!ZbComRead(reply, logEnabled)) {
         WriteLine("ZbComOpenWriteRead read failure\n");
-        return EndAs(Outcome::NoReply);
+        return EndAs(ReadBroke ? Outcome::NotRead : Outcome::NoReply);
     }
     if (logEnabled) {
         WriteLine("Reply: ", reply, "\n");
     }
-    return EndAs(Outcome::Good);
+    return EndAs(isLate ? Outcome::LateReply : Outcome::Good);
 }
 
 Outcome ExchangeJudged(const char* command, const char* prefix, std::string& reply,

@@ -10,6 +10,8 @@ namespace {
 std::atomic<DWORD> workersThread{0};
 std::atomic<bool> workerIsShutOut{false};
 std::atomic<bool> postedCommandIsCalledOff{false};
+std::atomic<bool> lineIsLost{false};
+std::atomic<bool> workerMends{false};
 
 }  // namespace
 
@@ -33,7 +35,26 @@ void SetPostedCommandCalledOff(bool isCalledOff) {
     postedCommandIsCalledOff.store(isCalledOff);
 }
 
+bool LineIsLost() {
+    return lineIsLost.load();
+}
+
+void SetLineLost(bool isLost) {
+    lineIsLost.store(isLost);
+}
+
+LineMending::LineMending() {
+    workerMends.store(true);
+}
+
+LineMending::~LineMending() {
+    workerMends.store(false);
+}
+
 bool MayUseLine() {
-    return workersThread.load() != GetCurrentThreadId() ||
-           (!workerIsShutOut.load() && !postedCommandIsCalledOff.load());
+    const bool isWorker = workersThread.load() == GetCurrentThreadId();
+    if (isWorker && (workerIsShutOut.load() || postedCommandIsCalledOff.load())) {
+        return false;
+    }
+    return !lineIsLost.load() || (isWorker && workerMends.load());
 }

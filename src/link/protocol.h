@@ -47,11 +47,13 @@ inline constexpr LampRequests PanelLamp1{"@LBRT1=", "@LBRT1?"};
 inline constexpr LampRequests PanelLamp2{"@LBRT2=", "@LBRT2?"};
 
 /// Whether a reply has the right form: longer than `prefix` and the line end, beginning with
-/// `prefix`, which begins with ">", ending in CR LF, at most 255 characters.
+/// `prefix`, which begins with ">", ending in CR LF, at most 255 characters; with
+/// `StrictReplies` one line alone, and no other ">" in it.
 bool HasReplyForm(const std::string& reply, const char* prefix);
 
-/// One exchange whose reply has to have the right form. True: the reply is in
-/// `replyBuffer`, whole. False, with a log line: the buffer is as it was when no reply came, or
-/// holds the bad reply (its first 255 characters). `number` is that of ExchangeJudged. Any thread.
+/// One exchange whose reply has to have the right form; with `StrictReplies` nothing may have
+/// waited before its request either. True: the reply is in `replyBuffer`, whole. False, with a log
+/// line: the buffer is as it was when no reply came, or holds the bad reply (its first 255
+/// characters). `number` is that of ExchangeJudged. Any thread.
 bool ExchangeChecked(const char* command, const char* prefix, ExchangeReplyBuffer& replyBuffer,
                      std::uint64_t* number = nullptr);

@@ -14,6 +14,7 @@
 CRITICAL_SECTION ComLock;
 HANDLE ComHandle = nullptr;
 std::int32_t OpenPortNumber = -1;
+bool ReadBroke = false;
 
 namespace {
 
@@ -134,14 +135,37 @@ bool ZbComWrite(const std::string& command, bool logEnabled) {
     return true;
 }
 
+bool ZbComDropLateReply() {
+    COMMTIMEOUTS atOnce{};
+    atOnce.ReadIntervalTimeout = MAXDWORD;
+    timeOutsSet = false;
+    if (!SetCommTimeouts(ComHandle, &atOnce)) {
+        return false;  // The write asks for time-outs again, and fails.
+    }
+    std::string late;
+    char chunk[ReadBytes];
+    DWORD count = 0;
+    while (late.size() < ReplyLimitBytes &&
+           ReadFile(ComHandle, chunk, ReadBytes, &count, nullptr) && count != 0) {
+        late.append(chunk, count);
+    }
+    if (late.empty()) {
+        return false;
+    }
+    WriteLine("LATE REPLY DROPPED ", late, "\n");
+    return true;
+}
+
 bool ZbComRead(std::string& reply, bool logEnabled) {
     reply.clear();
+    ReadBroke = false;
     const ULONGLONG start = GetTickCount64();
     while (GetTickCount64() - start < ReadLimitMilliseconds) {
         char chunk[ReadBytes + 1] = {};
         DWORD count = 0;
         if (!ReadFile(ComHandle, chunk, ReadBytes, &count, nullptr)) {
             LogSystemError("ZbComRead ReadFile Error: ", GetLastError());
+            ReadBroke = true;
             return false;
         }
         if (count == 0) {

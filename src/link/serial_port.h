@@ -15,6 +15,9 @@ extern HANDLE ComHandle ZB_GUARDED_BY(ComLock);
 /// The `Port` value that ComHandle was opened for, -1 when none is.
 extern std::int32_t OpenPortNumber ZB_GUARDED_BY(ComLock);
 
+/// Whether the last read was ended by the system, and not by silence.
+extern bool ReadBroke ZB_GUARDED_BY(ComLock);
+
 /// Which way a text went over the line.
 enum class LineText { Sent, Received };
 
@@ -39,6 +42,10 @@ void ZbComClose() ZB_REQUIRES(ComLock);
 /// The line's listener hears the text first, even if the write then fails, and a reply once it is
 /// whole.
 bool ZbComWrite(const std::string& command, bool logEnabled) ZB_REQUIRES(ComLock);
+
+/// Reads away what waits on the open port, with a log line that tells its text. False when nothing
+/// did. The port has no time-outs afterwards; the next write sets them.
+bool ZbComDropLateReply() ZB_REQUIRES(ComLock);
 
 /// Reads until a line-feed has come. `reply` is emptied first and takes every byte up to the end of
 /// the read that brought the line-feed; at most 64 KiB are collected. False, with a log line, when

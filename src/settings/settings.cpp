@@ -7,6 +7,8 @@ HINSTANCE ModuleInstance = nullptr;
 std::atomic<std::uint8_t> SerialLogEnabled{0};
 std::atomic<double> ScaleFactor{0.0};
 std::int32_t Delay = 0;
+bool ReopenWanted = false;
+bool StrictRepliesWanted = false;
 CRITICAL_SECTION PortSettingsLock;
 
 namespace {
@@ -30,8 +32,10 @@ constexpr IntegerKey BaudRateKey{WIDE("BaudRate"), 38400};  // bits/s    load
 constexpr IntegerKey ByteSizeKey{WIDE("ByteSize"), 8};      // bits        load
 constexpr IntegerKey ParityKey{WIDE("Parity"), 0};          // code        load
 constexpr IntegerKey StopBitsKey{WIDE("StopBits"), 0};      // code        load
-constexpr IntegerKey CommandPollKey{WIDE("CmdPoll"), 80};   // ms         start of the worker
-constexpr IntegerKey DialogKey{WIDE("Dialog"), 0};          // 1: panel   each start
+constexpr IntegerKey ReopenKey{WIDE("Reopen"), 0};          // 1: on       load
+constexpr IntegerKey StrictRepliesKey{WIDE("StrictReplies"), 0};  // 1: on  load
+constexpr IntegerKey CommandPollKey{WIDE("CmdPoll"), 80};         // ms         start of the worker
+constexpr IntegerKey DialogKey{WIDE("Dialog"), 0};                // 1: panel   each start
 
 PortSettings portSettings ZB_GUARDED_BY(PortSettingsLock){};
 
@@ -79,6 +83,8 @@ void ReadSettingsAtLoad() {
     settings.Parity = Read(ParityKey);
     settings.StopBits = Read(StopBitsKey);
     StorePortSettings(settings);
+    ReopenWanted = Read(ReopenKey) == 1;
+    StrictRepliesWanted = Read(StrictRepliesKey) == 1;
 }
 
 std::uint32_t ReadCommandPoll() {

@@ -19,6 +19,12 @@ extern std::atomic<double> ScaleFactor;
 /// Written at load, only read afterwards.
 extern std::int32_t Delay;
 
+/// Whether the worker mends a line that is lost. Written at load, only read afterwards.
+extern bool ReopenWanted;
+
+/// Whether only a reply that can't be another's is good. Written at load, only read afterwards.
+extern bool StrictRepliesWanted;
+
 /// What an opening of the port needs. The names are those of the settings file.
 struct PortSettings {
     std::int32_t Port;       ///< number N of COM port N; negative makes every exchange fail

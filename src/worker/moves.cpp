@@ -4,10 +4,12 @@
 #include <cstdio>
 #include <limits>
 
+#include "link/line_gate.h"
 #include "link/protocol.h"
 #include "log/zbr_log.h"
 #include "replies/queries.h"
 #include "replies/query.h"
+#include "settings/settings.h"
 #include "worker/worker_thread.h"
 
 std::atomic<std::uint8_t> MoveActive{0};
@@ -22,6 +24,7 @@ struct Watch {
     CncNotifyCallback MoveCallback = nullptr;
     std::intptr_t MoveData = 0;
     std::uint64_t number = 0;
+    std::uint32_t losses = 0;  ///< of the line, before the exchange
 };
 Watch watch ZB_GUARDED_BY(HealthLock);
 
@@ -90,9 +93,9 @@ void StartWatch(const Watch& accepted, const std::array<std::int32_t, 3>& target
                   refusal != nullptr ? refusal : "");
 }
 
-std::uint64_t WatchedNumber() {
+Watch Watched() {
     const LockHold hold(HealthLock);
-    return watch.number;
+    return watch;
 }
 
 /// Ends the watch of the move with that number and gives it out. False when a newer move has taken
@@ -108,9 +111,22 @@ bool EndWatch(std::uint64_t number, MoveState state, Watch& ended) {
     return true;
 }
 
+void Tell(const Watch& ended, bool error, const McndReply& reply) {
+    if (ended.MoveCallback != nullptr) {
+        ended.MoveCallback(true, error, &reply, ended.MoveData);
+    }
+}
+
 }  // namespace
 
 MoveHealth moveHealth;
+
+void BreakOffMove() {
+    Watch ended;
+    if (MoveActive.load() != 0 && EndWatch(Watched().number, MoveState::EndedWithError, ended)) {
+        Tell(ended, true, {});
+    }
+}
 
 void LoseMove() {
     EndNewest(MoveState::Lost);
@@ -122,6 +138,11 @@ bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std:
         WriteLine("MOVE OUT OF RANGE\n");
         return false;
     }
+    const std::uint32_t losses = LineLosses();
+    if (LineIsLost()) {
+        WriteLine("MOVE REFUSED, LINE LOST\n");
+        return false;
+    }
     char command[256] = {};
     std::snprintf(command, sizeof(command), MoveRequestFormat, static_cast<int>(counts[0]),
                   static_cast<int>(counts[1]), static_cast<int>(counts[2]));
@@ -130,23 +151,27 @@ bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std:
     if (!ExchangeChecked(command, MoveReplyPrefix, reply, &number)) {
         return false;
     }
-    StartWatch({callback, data, number}, counts, RefusalIn(reply));
+    StartWatch({callback, data, number, losses}, counts, RefusalIn(reply));
     return true;
 }
 
 void TestMove() {
-    const std::uint64_t number = WatchedNumber();
+    const Watch watched = Watched();
+    if (watched.losses != LineLosses()) {
+        BreakOffMove();  // Accepted just as the line was lost.
+        return;
+    }
     McndReply reply;
     const bool known = MyQueryMcnd(reply);
     const bool error = HasError(reply);
-    if (known && !error && IsMoving(reply)) {
+    if (known ? !error && IsMoving(reply) : ReopenWanted) {
         return;
     }
     const MoveState state = !known  ? MoveState::Lost
                             : error ? MoveState::EndedWithError
                                     : MoveState::EndedWell;
     Watch ended;
-    if (EndWatch(number, state, ended) && known && ended.MoveCallback != nullptr) {
-        ended.MoveCallback(true, error, &reply, ended.MoveData);
+    if (EndWatch(watched.number, state, ended) && known) {
+        Tell(ended, error, reply);
     }
 }

@@ -40,10 +40,15 @@ struct MoveHealth {
 };
 extern MoveHealth moveHealth ZB_GUARDED_BY(HealthLock);
 
+/// Tells the watched move, if there is one, as ended with an error: the line is lost, and with it
+/// what becomes of the move. Called by the worker.
+void BreakOffMove() ZB_EXCLUDES(HealthLock);
+
 /// Gives a move under way up for lost. Called by the worker as it ends, in one with its note of
 /// that: a move that is accepted later is lost from the first.
 void LoseMove() ZB_REQUIRES(HealthLock);
 
 /// Asks how the watched move stands and tells its end. Called by the worker in a status poll while
-/// MoveActive is set. A condition that can't be read ends the watch without a notice.
+/// MoveActive is set. A condition that can't be read ends the watch without a notice; with `Reopen`
+/// the watch goes on, until the condition is read or the line is lost.
 void TestMove();

@@ -9,6 +9,7 @@
 #include "replies/queries.h"
 #include "settings/settings.h"
 #include "stage/stage_data.h"
+#include "worker/line_mending.h"
 #include "worker/moves.h"
 #include "worker/period.h"
 #include "worker/status_poll.h"
@@ -17,13 +18,6 @@ std::atomic<std::uint8_t> StopRequested{0};
 std::atomic<std::uint8_t> WorkerFinished{0};
 
 namespace {
-
-void PollPosition() {
-    CposmrReply reply;
-    if (MyQueryCposmr(reply)) {
-        MergePosition(std::move(reply));
-    }
-}
 
 void Poll() {
     if (ManualHomingRuns()) {
@@ -37,15 +31,18 @@ void Poll() {
 }
 
 /// Sends what waits, in its order, until nothing is left. After a stop that did not wait for it,
-/// everything stays where it is.
+/// and while the line is lost, everything stays where it is; so does a lamp's value that was lost
+/// with the line.
 void DrainCommands() {
     PostedCommand command;
     const auto pop = [&command] {
         const LockHold hold(CommandQueueLock);
         return ZbComPopUniqueCommandNoLock(command);
     };
-    while (!WorkerIsShutOut() && pop()) {
-        RunPostedCommand(command.text.c_str());
+    while (!WorkerIsShutOut() && !LineIsLost() && pop()) {
+        if (!RunPostedCommand(command.text.c_str()) && LineIsLost() && !IsHoming(command.id)) {
+            ReturnCommand(std::move(command));
+        }
     }
 }
 
@@ -56,6 +53,9 @@ void RunPasses() {
     while (StopRequested.load() == 0) {
         if (reload.HasPassed()) {
             ReloadSettings();
+        }
+        if (LineIsLost() && !TendLostLine()) {
+            continue;
         }
         const DWORD wait = WaitForSingleObject(event, pollTimeOut);
         if (wait == WAIT_TIMEOUT) {
