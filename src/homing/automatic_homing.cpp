@@ -116,7 +116,9 @@ INT_PTR Handle(HWND dialog, State& homing, UINT message, WPARAM wParam) {
             }
             return TRUE;
         case BreakOffMessage:
-            EndDialog(dialog, 0);
+            if (wParam == homing.state.Now().run) {
+                EndDialog(dialog, 0);  // The run is this dialog's own.
+            }
             return TRUE;
         case WM_CLOSE:
             Leave(dialog, homing);
