@@ -26,6 +26,19 @@ void NoteTaken(const char* text) ZB_REQUIRES(CommandQueueLock) {
     SetPostedCommandCalledOff(false);
 }
 
+/// Folds the command into the newest of its id that waits: while the line is lost nobody takes any,
+/// and a host that fades its lamps for days must not fill the memory. False if none waits.
+bool Renew(PostedCommand& command) ZB_REQUIRES(CommandQueueLock) {
+    const auto waiting =
+        std::find_if(CommandQueue.rbegin(), CommandQueue.rend(),
+                     [&](const PostedCommand& other) { return other.id == command.id; });
+    if (waiting == CommandQueue.rend()) {
+        return false;
+    }
+    waiting->text = std::move(command.text);
+    return true;
+}
+
 }  // namespace
 
 std::vector<PostedCommand>& CommandQueue = queue.object;
@@ -53,7 +66,9 @@ bool PostCommand(std::uint32_t id, const std::string& text) {
         if (IsHoming(id) && LineIsLost()) {
             return false;
         }
-        CommandQueue.push_back(std::move(command));
+        if (!LineIsLost() || !Renew(command)) {
+            CommandQueue.push_back(std::move(command));
+        }
     }
     if (const HANDLE event = CommandEvent.load()) {
         SetEvent(event);

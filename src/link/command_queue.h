@@ -39,7 +39,8 @@ constexpr bool IsHoming(std::uint32_t id) {
     return id == HomingXId || id == HomingYId;
 }
 
-/// Puts a command on the queue and wakes the worker. True; false only for one of homing while the
+/// Puts a command on the queue, in the place of the newest of its id while the line is lost, and
+/// wakes the worker. True; false only for one of homing while the
 /// line is lost: that is not kept. Says nothing about the controller. Any thread, at any time;
 /// never waits for the line. Throws only std::bad_alloc.
 bool PostCommand(std::uint32_t id, const std::string& text) ZB_EXCLUDES(CommandQueueLock);
