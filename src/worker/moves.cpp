@@ -117,14 +117,21 @@ void Tell(const Watch& ended, bool error, const McndReply& reply) {
     }
 }
 
+/// Unless a newer move has taken over.
+void BreakOff(std::uint64_t number) {
+    Watch ended;
+    if (EndWatch(number, MoveState::EndedWithError, ended)) {
+        Tell(ended, true, {});
+    }
+}
+
 }  // namespace
 
 MoveHealth moveHealth;
 
 void BreakOffMove() {
-    Watch ended;
-    if (MoveActive.load() != 0 && EndWatch(Watched().number, MoveState::EndedWithError, ended)) {
-        Tell(ended, true, {});
+    if (MoveActive.load() != 0) {
+        BreakOff(Watched().number);
     }
 }
 
@@ -158,7 +165,7 @@ bool MoveAbsolute(double x, double y, double z, CncNotifyCallback callback, std:
 void TestMove() {
     const Watch watched = Watched();
     if (watched.losses != LineLosses()) {
-        BreakOffMove();  // Accepted just as the line was lost.
+        BreakOff(watched.number);  // Accepted just as the line was lost.
         return;
     }
     McndReply reply;
