@@ -24,9 +24,9 @@ constexpr ULONGLONG StepMilliseconds = 50;
 ULONGLONG tryPause = 0;
 ULONGLONG tryPauseStart = 0;
 
-void BeginPause(ULONGLONG milliseconds) {
+void BeginPause(ULONGLONG milliseconds, ULONGLONG start) {
     tryPause = milliseconds;
-    tryPauseStart = GetTickCount64();
+    tryPauseStart = start;
 }
 
 void ClosePort() {
@@ -44,11 +44,13 @@ void BreakOff() {
     BreakOffMove();
 }
 
-/// Opens the port with its first exchange.
+/// Opens the port with its first exchange. What waits then is from before the loss; it is read away
+/// and says nothing against the line.
 bool IsMended() {
     const LineMending mending;
     std::string reply;
-    return ExchangeLocked(RemoteEnableRequest, reply) && PollPosition();
+    const Outcome outcome = ExchangeJudged(RemoteEnableRequest, nullptr, reply, nullptr);
+    return (outcome == Outcome::Good || outcome == Outcome::LateReply) && PollPosition();
 }
 
 }  // namespace
@@ -63,18 +65,20 @@ bool PollPosition() {
 }
 
 bool TendLostLine() {
+    const ULONGLONG now = GetTickCount64();
     if (tryPause == 0) {
-        BeginPause(FirstPause);
+        BeginPause(FirstPause, now);
         BreakOff();
     }
-    const ULONGLONG elapsed = GetTickCount64() - tryPauseStart;
+    const ULONGLONG elapsed = now - tryPauseStart;
     if (elapsed < tryPause) {
         Sleep(static_cast<DWORD>(std::min(tryPause - elapsed, StepMilliseconds)));
         return false;
     }
     if (!IsMended()) {
         ClosePort();
-        BeginPause(std::min(2 * tryPause, LongestPause));
+        // A try at a silent line takes seconds itself, and must not come on top of the longest pause.
+        BeginPause(std::min(2 * tryPause, LongestPause), now);
         return false;
     }
     tryPause = 0;
