@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "link/line_gate.h"
 #include "rooms/room_test.h"
 #include "settings/settings.h"
 #include "worker/lights.h"
@@ -70,6 +71,25 @@ TEST_F(RoomTest, LongRunOfOneLampIsOneCommand) {
         SetLight(i % 11, 7);
     }
     EXPECT_EQ(PopAll().size(), 11U);
+}
+
+TEST_F(RoomTest, CommandsOfALostLineAreFoldedAsTheyArePosted) {
+    for (const Entry& early : {Entry{1, "old"}, Entry{2, "b"}, Entry{1, "older than the last"}}) {
+        EXPECT_TRUE(PostCommand(early.first, early.second));
+    }
+    SetLineLost(true);
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_TRUE(PostCommand(1, std::to_string(i)));
+        EXPECT_TRUE(PostCommand(3, std::to_string(i)));
+    }
+    EXPECT_FALSE(PostCommand(HomingXId, "x"));
+    EXPECT_FALSE(PostCommand(HomingYId, "y"));
+    {
+        const LockHold hold(CommandQueueLock);
+        EXPECT_EQ(CommandQueue.size(), 4U);
+    }
+    SetLineLost(false);
+    EXPECT_EQ(PopAll(), (std::vector<Entry>{{1, "999"}, {2, "b"}, {3, "999"}}));
 }
 
 TEST_F(RoomTest, LampValuesAreScaledAndHeldToTheirRange) {
