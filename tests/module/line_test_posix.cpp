@@ -140,7 +140,7 @@ TEST_F(ModuleTest, LineWithoutTheTwoKeysIsTreatedAsEver) {
         {15, std::vector<Piece>{{0ms, ">CPOSMR=1,2,3\r\n"}, {60ms, ">LATE=1\r\n"}}},
     };
     const std::string poll = "@CPOSMR?\r\n@SSWC?\r\n@LABR?\r\n";
-    const std::string wire = "@SMOD=1\r\n@CPOSMR?\r\n" + Repeated(poll, 10) + "@LBRT1=10000\r\n" +
+    const std::string wire = "@SMOD=1\r\n@CPOSMR?\r\n" + Repeated(poll, 11) + "@LBRT1=10000\r\n" +
                              poll + "@MMVAL=+10000,+0,+0\r\n" + poll + "@MCND?\r\n" +
                              Repeated(poll, 2);
     const Lines lines = {
