@@ -55,31 +55,7 @@ enum OviskCommand : std::uint32_t {
 };
 
 extern "C" {
-
-/// Runs a command. Always true, for unknown commands too; those are logged.
-ZBOVISK_API bool OVISK_ZbrCmd(std::uint32_t command, std::uintptr_t data);
-
 /// Copies the stage data into the host's record, with the positions divided by `ScaleFactor`.
 /// Never waits for the line. True; false only when there was no memory for a text.
 ZBOVISK_API bool ZbOvisk_GetOviskData(OviskData& data);
-
-/// Reads the latches and clears them in one step. All three outputs are written; none may be null.
-/// True when a switch or a lamp change was latched. Never waits for the line.
-ZBOVISK_API bool ZbOvisk_GetAndClearLatches(bool* anySwitchLatched, bool* emergencyLatched,
-                                            bool* lampChangedLatched);
-
-/// Sends the stage to an absolute position; a unit of x, y and z is 1000000 controller counts,
-/// whatever `ScaleFactor` says. Takes one exchange on the caller's thread, behind the one that
-/// runs. True: the controller answered and the move is watched; `callback`, if it is not null, is
-/// called once with `data` when the move is over. False: no move is watched that was not before; a
-/// target that is no number, or beyond about 2147.48 units, is refused before anything is sent.
-///
-/// The callback does not come when a newer move takes over, when the condition of the move can't be
-/// read, or when the module is stopped. A host that has to know watches the position too.
-ZBOVISK_API bool ZbOvisk_CncGotoAbsoluteNotifyWorld(double x, double y, double z,
-                                                    CncNotifyCallback callback, std::intptr_t data);
-
-/// Posts the brightness of a lamp: `lamp` 0 to 10, `value` 0 to 255 (values outside are taken as
-/// the nearest limit). True when it is posted; false when there is no such lamp. Never waits.
-ZBOVISK_API bool ZbOvisk_SetLight(std::int32_t lamp, std::int32_t value);
 }

@@ -1,8 +1,10 @@
 #ifndef ZB_OVISK_PLAIN_H
 #define ZB_OVISK_PLAIN_H
 
+// NOLINTBEGIN(modernize-deprecated-headers): those of C, which has no others.
 #include <stdbool.h>
 #include <stdint.h>
+// NOLINTEND(modernize-deprecated-headers)
 
 /// @file
 /// The module for hosts that are not built with its own compiler: plain C, flat records, nothing to
@@ -21,7 +23,8 @@
 /// `bool` is one byte, 0 or 1; records have the compiler's natural alignment, which by the order of
 /// their members is the same everywhere. A record's `size` is set by the caller to the size of the
 /// record that it was compiled with: the module knows by it which members the caller knows. Texts
-/// are ASCII, cut to their array, and always end in a zero.
+/// are ASCII, cut to their array, and always end in a zero; the controller's own words are taken as
+/// they came.
 
 #if defined(_WIN32)
 #if defined(ZBOVISK_BUILD)
@@ -170,21 +173,27 @@ typedef void (*CncNotifyCallback)(bool finished, bool error, const McndReply* re
 typedef void (*CncNotifyCallback)(bool finished, bool error, const void* reply, intptr_t data);
 #endif
 
-/// Runs a command. Always true.
+/// Runs a command. Always true, for unknown commands too; those are logged.
 ZBOVISK_API bool OVISK_ZbrCmd(uint32_t command, uintptr_t data);
 
-/// Reads the latches and clears them in one step; all three are written. True when a switch or a
-/// lamp change was latched. Never waits.
+/// Reads the latches and clears them in one step. All three outputs are written; none may be null.
+/// True when a switch or a lamp change was latched. Never waits for the line.
 ZBOVISK_API bool ZbOvisk_GetAndClearLatches(bool* anySwitchLatched, bool* emergencyLatched,
                                             bool* lampChangedLatched);
 
-/// Sends the stage to an absolute position; a unit is 1000000 counts. Takes one exchange on the
-/// caller's thread. True: the controller answered and the move is watched. `callback` may be null:
-/// the health tells the move's end as well.
+/// Sends the stage to an absolute position; a unit of x, y and z is 1000000 controller counts,
+/// whatever `ScaleFactor` says. Takes one exchange on the caller's thread, behind the one that
+/// runs. True: the controller answered and the move is watched; `callback`, if it is not null, is
+/// called once with `data` when the move is over. False: no move is watched that was not before; a
+/// target that is no number, or beyond about 2147.48 units, is refused before anything is sent.
+///
+/// The callback does not come when a newer move takes over, when the condition of the move can't be
+/// read, or when the module is stopped. The health tells what became of the two newest moves.
 ZBOVISK_API bool ZbOvisk_CncGotoAbsoluteNotifyWorld(double x, double y, double z,
                                                     CncNotifyCallback callback, intptr_t data);
 
-/// Posts the brightness of a lamp: `lamp` 0 to 10, `value` 0 to 255. Never waits.
+/// Posts the brightness of a lamp: `lamp` 0 to 10, `value` 0 to 255 (values outside are taken as
+/// the nearest limit). True when it is posted; false when there is no such lamp. Never waits.
 ZBOVISK_API bool ZbOvisk_SetLight(int32_t lamp, int32_t value);
 
 #ifdef __cplusplus
