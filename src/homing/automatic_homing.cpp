@@ -148,6 +148,13 @@ void BreakOffAutoHoming() {
     BreakOffHoming(record.state, AutoHomingDialog.load());
 }
 
+void LoseAutoHoming() {
+    const HomingState::Moment now = record.state.Now();
+    if (now.state == State::XReturn || now.state == State::YReturn) {
+        EndHoming(record.state, now, HomingEnd::Failed);
+    }
+}
+
 bool AutoHomingRuns() {
     return record.state.Value() != HomingIdle;
 }

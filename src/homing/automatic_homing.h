@@ -34,6 +34,10 @@ int AutoHomingAxis();
 /// The line is lost: the run that is under way has failed, and its dialog closes. The worker.
 void BreakOffAutoHoming();
 
+/// The worker is over: an axis that was on its way has failed, as far as anybody will know. The
+/// worker.
+void LoseAutoHoming();
+
 /// One look at the axis that is on its way. The worker; takes at most one exchange. A failed
 /// exchange, a failed axis, or a reply without the axis's field ends the procedure with a log line;
 /// no command stops the motion.

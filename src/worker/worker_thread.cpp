@@ -42,6 +42,7 @@ void DrainCommands() {
     while (!WorkerIsShutOut() && !LineIsLost() && pop()) {
         if (!RunPostedCommand(command.text.c_str()) && LineIsLost() && !IsHoming(command.id)) {
             ReturnCommand(std::move(command));
+            return;
         }
     }
 }
@@ -86,6 +87,7 @@ DWORD WINAPI MyWorkerThread(LPVOID) {
         // The host goes on with the last good values; the shutdown then has nothing to wait for.
         end = WorkerState::Ended;
     }
+    LoseAutoHoming();
     {
         const LockHold hold(HealthLock);
         workerState = end;

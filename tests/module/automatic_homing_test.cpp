@@ -191,4 +191,10 @@ TEST_F(AutomaticHomingTest, BothProceduresRunSideBySide) {
     EXPECT_TRUE(Ends());
 }
 
+TEST_F(AutomaticHomingTest, HasFailedOnceNobodyFollowsIt) {
+    Begin();
+    Stop();
+    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
+}
+
 }  // namespace
