@@ -11,6 +11,13 @@ thread_local std::string threadName = Worker;
 
 World* world = nullptr;
 
+ZbOviskHealth Health() {
+    ZbOviskHealth health{};
+    health.size = sizeof health;
+    Require(world->module->ZbOvisk_ReadHealth(&health), "the health is refused");
+    return health;
+}
+
 const std::string& ThisThread() {
     return threadName;
 }

@@ -28,6 +28,7 @@ std::string Faults::Hear(const std::string& request) {
 }
 
 std::vector<Piece> Faults::Spoil(const std::string& reply) {
+    spoiltBytes_ = false;
     if (!chance_.Percent(percent_)) {
         return {{Time::zero(), reply}};
     }
@@ -40,6 +41,7 @@ std::vector<Piece> Faults::Spoil(const std::string& reply) {
         return {};
     }
     const std::string bytes = spoilsTimes ? reply : SpoilBytes(fault, reply);
+    spoiltBytes_ = bytes != reply;
     if (!spoilsTimes && !chance_.OneIn(5)) {
         return {{Time::zero(), bytes}};
     }

@@ -28,6 +28,8 @@ class Faults {
     std::string Hear(const std::string& request);
     /// The reply as it goes out.
     std::vector<Piece> Spoil(const std::string& reply);
+    /// Whether the last reply went out with other bytes than it should.
+    bool SpoiltBytes() const { return spoiltBytes_; }
 
   private:
     std::vector<Piece> SpoilTimes(Fault fault, const std::string& reply);
@@ -44,6 +46,7 @@ class Faults {
     Chance chance_;
     std::int64_t percent_;
     Report& report_;
+    bool spoiltBytes_ = false;
 };
 
 }  // namespace simulation

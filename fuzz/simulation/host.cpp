@@ -58,11 +58,17 @@ std::size_t StartMove(Chance& chance) {
     request += "\r\n";
     const bool wantsNotice = !chance.OneIn(10);
     const std::string& thread = ThisThread();
-    const std::size_t number = world->moves.Asked(thread, request, wantsNotice);
+    const ZbOviskHealth before = Health();
+    const std::size_t number = world->moves.Asked(thread, request, wantsNotice, before.linkLosses);
     world->trace.Note(thread, "move " + std::to_string(number));
     const bool accepted = world->module->ZbOvisk_CncGotoAbsoluteNotifyWorld(
         units[0], units[1], units[2], wantsNotice ? OnMoved : nullptr,
         static_cast<std::intptr_t>(number));
+    const ZbOviskHealth after = Health();
+    if (before.link == ZBOVISK_LINK_LOST && after.link == before.link &&
+        after.linkLosses == before.linkLosses) {
+        Require(!accepted && !world->moves.IsSent(number), "a move is sent on a lost line");
+    }
     const Exchange& exchange = world->wire.LastOf(thread);
     const bool sent = exchange.request == request;
     world->moves.Returned(number, accepted, sent ? exchange.Text() : "");
@@ -74,7 +80,11 @@ void OnMoved(bool finished, bool error, const McndReply* reply, std::intptr_t da
     const std::string wire = world->wire.LastOf(Worker).Text();
     world->trace.Note(ThisThread(), "end of move " + std::to_string(number));
     Require(ThisThread() == Worker, "the end of a move is told by another thread");
-    world->moves.Told(number, finished, error, *reply, wire);
+    if (world->plan.bothKeys && error && !MotionIsBad(*reply)) {
+        world->moves.ToldLost(number, Health().linkLosses);
+    } else {
+        world->moves.Told(number, finished, error, *reply, wire);
+    }
     // A host may go on from here.
     static Chance chance(world->plan.chance);
     if (!world->stopping && chance.OneIn(6)) {

@@ -24,6 +24,7 @@ struct Options {
     double hours = 1;
     std::int64_t life = -1;
     unsigned jobs = 2;
+    bool keys = false;
     std::string trace;
 };
 
@@ -35,7 +36,7 @@ std::vector<std::uint64_t> LivesOf(const Options& options) {
     }
     std::vector<std::uint64_t> lives{0};
     for (double hours = 0; hours < options.hours;) {
-        const Plan plan = simulation::MakePlan(options.seed, lives.size() - 1);
+        const Plan plan = simulation::MakePlan(options.seed, lives.size() - 1, options.keys);
         hours += std::chrono::duration<double, std::ratio<3600>>(plan.length).count();
         lives.push_back(lives.size() - 1);
     }
@@ -48,7 +49,7 @@ std::vector<std::uint64_t> LivesOf(const Options& options) {
     alarm(LongestRealTime);
     setenv("ZB_MACHINE_ROOT", report.root, 1);  // NOLINT(concurrency-mt-unsafe): one thread yet.
     std::FILE* trace = options.trace.empty() ? nullptr : std::fopen(options.trace.c_str(), "w");
-    simulation::Live(simulation::MakePlan(options.seed, life), report, trace);
+    simulation::Live(simulation::MakePlan(options.seed, life, options.keys), report, trace);
     std::exit(EXIT_SUCCESS);  // NOLINT(concurrency-mt-unsafe): one thread again.
 }
 
@@ -73,12 +74,27 @@ class Campaign {
             ++failed_;
             std::printf("FAILED: life 0 went two ways\n");
         }
+        if (!HasMendedEnough()) {
+            ++failed_;
+            std::printf("FAILED: too few lines were lost and came back\n");
+        }
         return failed_ == 0;
     }
 
     std::span<const Report> Reports() const { return reports_; }
 
   private:
+    /// At least one return in four lives with the keys on, once there are some.
+    bool HasMendedEnough() const {
+        std::uint64_t withKeys = 0;
+        std::uint64_t returns = 0;
+        for (const Report& report : reports_) {
+            withKeys += report.bothKeys ? 1 : 0;
+            returns += report.returns;
+        }
+        return 4 * returns >= withKeys || withKeys < 4;
+    }
+
     void Begin(std::size_t index) {
         Report& report = reports_[index];
         const auto root = std::filesystem::temp_directory_path() / "zb_life_XXXXXX";
@@ -102,10 +118,11 @@ class Campaign {
         std::filesystem::remove_all(report.root);
         if (status != 0 || !report.over) {
             ++failed_;
-            std::printf("FAILED %s (status 0x%x)\n  again: simulation --seed %llu --life %llu\n",
+            std::printf("FAILED %s (status 0x%x)\n  again: simulation --seed %llu --life %llu%s\n",
                         report.violation, static_cast<unsigned>(status),
                         static_cast<unsigned long long>(options_.seed),
-                        static_cast<unsigned long long>(lives_[index]));
+                        static_cast<unsigned long long>(lives_[index]),
+                        options_.keys ? " --both-keys" : "");
         }
     }
 
@@ -141,6 +158,18 @@ void Print(std::span<const Report> reports, double realSeconds) {
     std::printf("exchanges %llu, good positions %llu (joined %llu, mixed %llu)\n",
                 sum(&Report::exchanges), sum(&Report::goodPolls), sum(&Report::joined),
                 sum(&Report::mixed));
+    double longestReturn = 0;
+    unsigned long long withKeys = 0;
+    for (const Report& one : reports) {
+        longestReturn = std::max(longestReturn, one.longestReturn);
+        withKeys += one.bothKeys ? 1 : 0;
+    }
+    std::printf(
+        "both keys in %llu lives: lost %llu, back %llu, longest return %.1f s, digits garbled "
+        "%llu, "
+        "answers to older questions %llu\n",
+        withKeys, sum(&Report::losses), sum(&Report::returns), longestReturn, sum(&Report::garbled),
+        sum(&Report::older));
     std::printf("snapshots %llu, readings of the health %llu, latches %llu, lamp values %llu\n",
                 sum(&Report::snapshots), sum(&Report::readings), sum(&Report::latches),
                 sum(&Report::lamps));
@@ -169,6 +198,7 @@ int main(int argc, char** argv) try {
     app.add_option("--seed", options.seed, "what chance starts from")->capture_default_str();
     app.add_option("--hours", options.hours, "simulated hours, at least")->capture_default_str();
     app.add_option("--life", options.life, "only this life of the seed");
+    app.add_flag("--both-keys", options.keys, "Reopen and StrictReplies on in all lives, not half");
     app.add_option("--jobs", options.jobs, "lives at a time")->capture_default_str();
     app.add_option("--trace", options.trace, "writes what happens in the one life to this file");
     CLI11_PARSE(app, argc, argv);

@@ -18,11 +18,25 @@ void MoveByHand(simulator::AxisName name, bool past) {
 void Press(HWND window, int button) {
     world->trace.Note(ThisThread(), "presses " + std::to_string(button));
     if (button == IDOK) {
-        world->homing.PressedOk();
+        world->homing.PressedOk(virtual_time::Elapsed());
     } else {
         world->homing.PressedCancel(button == IDCANCEL);
     }
     PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(button), 0);
+}
+
+/// An OK on a lost line starts nothing, then or later.
+void PressOk(HWND window) {
+    const ZbOviskHealth before = Health();
+    Press(window, IDOK);
+    if (before.link != ZBOVISK_LINK_LOST) {
+        return;
+    }
+    Sleep(static_cast<DWORD>(50 + 10 * world->plan.LongestPause() / Milliseconds(1)));
+    const ZbOviskHealth after = Health();
+    if (after.link == ZBOVISK_LINK_LOST && after.linkLosses == before.linkLosses) {
+        world->homing.OkWasRefused();
+    }
 }
 
 void PressCloseBox(HWND window) {
@@ -38,7 +52,7 @@ void Handle(const headless::DialogView& dialog, Chance& chance) {
         return;
     }
     if (dialog.resource == IDD_AUTO_HOMING) {
-        Press(dialog.window, IDOK);
+        PressOk(dialog.window);
         return;
     }
     const std::string& text = dialog.Find(IDC_HOMING_TEXT)->text;
@@ -47,7 +61,7 @@ void Handle(const headless::DialogView& dialog, Chance& chance) {
     const bool prompts = dialog.Find(IDOK)->enabled;
     MoveByHand(x ? simulator::AxisName::X : simulator::AxisName::Y, !prompts);
     if (prompts || chance.OneIn(10)) {
-        Press(dialog.window, IDOK);
+        PressOk(dialog.window);
     }
 }
 

@@ -36,7 +36,7 @@ std::string Settings(Chance& chance, double scaleFactor) {
 
 }  // namespace
 
-Plan MakePlan(std::uint64_t seed, std::uint64_t life) {
+Plan MakePlan(std::uint64_t seed, std::uint64_t life, bool allWithKeys) {
     std::seed_seq both{seed, seed >> 32, life};
     std::array<std::uint32_t, 2> words{};
     both.generate(words.begin(), words.end());
@@ -62,6 +62,8 @@ Plan MakePlan(std::uint64_t seed, std::uint64_t life) {
     plan.latency = std::chrono::microseconds(chance.Between(0, 8000));
     plan.scaleFactor = chance.Of(Scales);
     plan.settings = Settings(chance, plan.scaleFactor);
+    plan.bothKeys = chance.OneIn(2) || allWithKeys;
+    plan.settings += plan.bothKeys ? "Reopen=1\nStrictReplies=1\n" : "";
     return plan;
 }
 

@@ -23,6 +23,7 @@ struct Plan {
     bool endsInTrouble;      ///< the module is stopped while the faults go on
     bool portIsPulled;       ///< ... and its port pulled out just before
     bool viewerRuns;         ///< somebody reads the log
+    bool bothKeys;           ///< `Reopen` and `StrictReplies` are on
     unsigned bitsPerSecond;  ///< of the line
     Time latency;            ///< of the controller
     double scaleFactor;
@@ -34,6 +35,7 @@ struct Plan {
     }
 };
 
-Plan MakePlan(std::uint64_t seed, std::uint64_t life);
+/// Half of the lives have both keys on, or all of them.
+Plan MakePlan(std::uint64_t seed, std::uint64_t life, bool allWithKeys);
 
 }  // namespace simulation

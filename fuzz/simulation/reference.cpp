@@ -107,12 +107,16 @@ std::string Exchange::Text() const {
     for (const Chunk& chunk : chunks) {
         text += chunk.bytes.substr(0, chunk.bytes.find('\0'));
     }
-    return text.find('\n') == std::string::npos ? std::string() : text;
+    return isLate || text.find('\n') == std::string::npos ? std::string() : text;
 }
+
+bool readsStrictly = false;
 
 bool HasForm(const std::string& text, std::string_view prefix) {
     return text.size() <= LongestRead && text.size() > prefix.size() + 2 &&
-           text.starts_with(prefix) && text.ends_with("\r\n");
+           text.starts_with(prefix) && text.ends_with("\r\n") &&
+           (!readsStrictly ||
+            (std::ranges::count(text, '>') == 1 && std::ranges::count(text, '\n') == 1));
 }
 
 std::optional<McndReply> ReadMotion(const std::string& text) {

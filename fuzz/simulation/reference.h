@@ -22,6 +22,7 @@ struct Exchange {
     std::vector<Chunk> chunks;
     std::uint64_t number = 0;  ///< 0: there was none yet
     std::chrono::nanoseconds began{0};
+    bool isLate = false;  ///< something waited on the line before, so that no reply is good
 
     void Add(std::string_view bytes, std::chrono::nanoseconds now);
     /// The reply as the module collects it: of each read what stands before a zero.
@@ -31,6 +32,9 @@ struct Exchange {
 
 // How the replies are to be read, written anew and apart from the module; nothing for a reply that
 // must be dropped.
+
+/// Whether a reply has to be one line alone. Set before anything is read.
+extern bool readsStrictly;
 
 bool HasForm(const std::string& text, std::string_view prefix);
 std::optional<McndReply> ReadMotion(const std::string& text);

@@ -36,6 +36,12 @@ struct Report {
     std::uint64_t goodPolls;
     std::uint64_t joined;  ///< good replies that were made of the bytes of two
     std::uint64_t mixed;   ///< ... and whose values stand in neither
+    std::uint64_t
+        garbled;           ///< good replies with another number than the controller's: spoilt bytes
+    std::uint64_t older;   ///< ... since they answer the same question of before
+    std::uint64_t losses;  ///< of the line, noticed by the module
+    std::uint64_t returns;
+    double longestReturn;  ///< in seconds, once the faults had stopped
     std::uint64_t snapshots;
     std::uint64_t readings;  ///< of the health
     std::uint64_t latches;   ///< reads of the latches that found one
@@ -50,6 +56,7 @@ struct Report {
     std::uint64_t switches;  ///< of threads
     std::uint64_t digest;    ///< of everything that was noted, and of the order of the threads
     double seconds;          ///< simulated
+    bool bothKeys;
     bool over;
     char root[64];  ///< the machine's folder
     char violation[400];

@@ -23,9 +23,12 @@ void LampRules::Posted(std::int32_t lamp, std::int32_t value) {
     one.waiting.push_back(one.lastPosted);
 }
 
-void LampRules::Sent(const std::string& request) {
+void LampRules::Sent(const std::string& request, bool again) {
     Lamp& one = lamps_.at(static_cast<std::size_t>(std::stoi(request.substr(5))));
     const auto found = std::ranges::find(one.waiting, request);
+    if (again && found == one.waiting.end() && request == one.lastSent) {
+        return;
+    }
     Require(found != one.waiting.end(), "a lamp value is sent that nobody set, or out of order",
             request);
     one.waiting.erase(one.waiting.begin(), found + 1);
@@ -39,9 +42,10 @@ void LampRules::Finish() const {
 }
 
 std::size_t MoveRules::Asked(const std::string& caller, const std::string& request,
-                             bool wantsNotice) {
+                             bool wantsNotice, std::uint32_t losses) {
     ++report_.movesAsked;
-    moves_.push_back({.caller = caller, .request = request, .wantsNotice = wantsNotice});
+    moves_.push_back(
+        {.caller = caller, .request = request, .wantsNotice = wantsNotice, .losses = losses});
     return moves_.size() - 1;
 }
 
@@ -87,7 +91,7 @@ void MoveRules::WorkerAsks(bool forCondition) {
 }
 
 void MoveRules::ConditionAnswered(const std::string& reply) {
-    if (ReadMotion(reply) || newestSent_ == None) {
+    if (mends_ || ReadMotion(reply) || newestSent_ == None) {
         return;
     }
     // The watch ends without a word. Whether it had begun is certain only for a call that returned.
@@ -175,6 +179,14 @@ void MoveRules::CheckState(const Move& move, const ZbOviskHealth& health) const 
             "a move whose watch has ended without a word is not lost", state);
 }
 
+void MoveRules::ToldLost(std::size_t number, std::uint32_t losses) {
+    Require(mends_ && number < moves_.size() && moves_[number].sent != 0, "no move is broken off");
+    Move& move = moves_[number];
+    Require(!std::exchange(move.told, true), "a move is broken off that was told", move.request);
+    Require(losses > move.losses, "a move is broken off on a line that was not lost", move.request);
+    ++report_.movesTold;
+}
+
 void MoveRules::Finish() const {
     for (const Move& one : moves_) {
         Require(!one.accepted || !one.wantsNotice || one.told || one.excused,
@@ -194,7 +206,17 @@ void HomingRules::Began(std::chrono::nanoseconds now, bool settled) {
     brokenSince_ = now + std::chrono::milliseconds(1);
 }
 
-void HomingRules::PressedOk() {
+void HomingRules::LineWasLost(std::chrono::nanoseconds now) {
+    // A press of just now may meet the line that is about to be back.
+    if (now - lastPress_ > std::chrono::seconds(5)) {
+        okPresses_ = starts_;
+    }
+    automatic_ = byHand_ = Watch::Nothing;
+    xFinished_ = false;
+}
+
+void HomingRules::PressedOk(std::chrono::nanoseconds now) {
+    lastPress_ = now;
     ++okPresses_;
     confirmed_ = isAutomatic_;
 }

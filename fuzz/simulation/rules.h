@@ -20,7 +20,8 @@ bool IsKnownRequest(const std::string& request);
 class LampRules {
   public:
     void Posted(std::int32_t lamp, std::int32_t value);
-    void Sent(const std::string& request);
+    /// `again`: a value may go out a second time, if the first one lost the line.
+    void Sent(const std::string& request, bool again);
     /// Once everything that was posted must be out.
     void Finish() const;
 
@@ -37,10 +38,12 @@ class LampRules {
 /// the end is told once, with the reply that shows it, unless something excuses that.
 class MoveRules {
   public:
-    explicit MoveRules(Report& report) : report_(report) {}
+    /// `mends`: a condition that can't be read ends no watch, but the loss of the line does.
+    MoveRules(Report& report, bool mends) : report_(report), mends_(mends) {}
 
     /// A call begins; gives the number that the callback is to bring back.
-    std::size_t Asked(const std::string& caller, const std::string& request, bool wantsNotice);
+    std::size_t Asked(const std::string& caller, const std::string& request, bool wantsNotice,
+                      std::uint32_t losses);
     void Sent(const std::string& caller, const std::string& request);
     void Returned(std::size_t number, bool accepted, const std::string& reply);
     /// The worker asks for something.
@@ -51,7 +54,10 @@ class MoveRules {
     /// Around each reading of the health.
     void ReadingBegins();
     void ReadingEnds(const ZbOviskHealth& health) const;
+    /// Told as an error without a reply: the line was lost.
+    void ToldLost(std::size_t number, std::uint32_t losses);
     bool IsTold(std::size_t number) const { return moves_[number].told; }
+    bool IsSent(std::size_t number) const { return moves_[number].sent != 0; }
     /// Once the stage stands and the line has been good for a while.
     void Finish() const;
 
@@ -60,7 +66,8 @@ class MoveRules {
         std::string caller;
         std::string request;
         bool wantsNotice = false;
-        std::size_t sent = 0;  ///< the how manieth of those that were sent
+        std::uint32_t losses = 0;  ///< of the line, when it was asked for
+        std::size_t sent = 0;      ///< the how manieth of those that were sent
         bool returned = false;
         bool accepted = false;
         bool told = false;
@@ -76,6 +83,7 @@ class MoveRules {
     void CheckState(const Move& move, const ZbOviskHealth& health) const;
 
     Report& report_;
+    const bool mends_;
     std::vector<Move> moves_;
     std::size_t newestSent_ = None;
     std::size_t sent_ = 0;
@@ -99,7 +107,11 @@ class HomingRules {
 
     /// `settled`: everything that the run before posted is out.
     void Began(std::chrono::nanoseconds now, bool settled);
-    void PressedOk();
+    void PressedOk(std::chrono::nanoseconds now);
+    /// The press came to nothing, since the line was lost all the time.
+    void OkWasRefused() { --okPresses_; }
+    /// The line was lost: what was under way is over, and what was asked for before is void.
+    void LineWasLost(std::chrono::nanoseconds now);
     void PressedCancel(bool stops);
     void Ended(std::chrono::nanoseconds now);
     void Sent(const std::string& request);
@@ -126,6 +138,7 @@ class HomingRules {
     bool mustStop_ = false;
     std::chrono::nanoseconds brokenSince_ = std::chrono::nanoseconds::max();
     std::uint64_t okPresses_ = 0;
+    std::chrono::nanoseconds lastPress_{0};
     std::uint64_t starts_ = 0;
     std::array<int, 2> startsLeft_{};
     bool xFinished_ = false;

@@ -42,9 +42,16 @@ void Wire::Receive(std::string_view bytes, std::chrono::nanoseconds /*now*/) {
     if (thread == Worker) {
         world->health.WorkerGoesOn();
         FinishWorkersExchange();
+        answered_ = {};
     }
-    exchanges_[thread] = {
-        .request = request, .chunks = {}, .number = ++report_.exchanges, .began = Elapsed()};
+    if (plan_.bothKeys) {
+        RequireNothingWaits();
+    }
+    exchanges_[thread] = {.request = request,
+                          .chunks = {},
+                          .number = ++report_.exchanges,
+                          .began = Elapsed(),
+                          .isLate = std::exchange(foundLate_, false)};
     Judge(thread, request);
     const Time now = Elapsed();
     if (pluggedIn_ && now >= startedAt_) {
@@ -61,7 +68,7 @@ void Wire::Judge(const std::string& thread, const std::string& request) {
         world->moves.WorkerAsks(request.starts_with("@MCND"));
     }
     if (request.starts_with("@LBRT")) {
-        world->lamps.Sent(request);
+        world->lamps.Sent(request, plan_.bothKeys);
     } else if (request.starts_with("@MMVAL")) {
         world->moves.Sent(thread, request);
     } else if (request.starts_with("@CRZ")) {
@@ -69,7 +76,12 @@ void Wire::Judge(const std::string& thread, const std::string& request) {
     } else if (request.starts_with("@CCND")) {
         world->homing.ConditionAsked();
     } else if (request.starts_with("@SMOD")) {
-        Require(std::exchange(world->starts, false), "remote mode is set though nobody starts");
+        const bool mends = thread == Worker && plan_.bothKeys;
+        Require(mends || std::exchange(world->starts, false),
+                "remote mode is set though nobody starts");
+        if (mends) {
+            world->homing.LineWasLost(Elapsed());
+        }
     }
     Require(thread == Worker || request.starts_with("@MMVAL") || request.starts_with("@SMOD"),
             "a request of the worker's comes from another thread", request);
@@ -90,6 +102,7 @@ void Wire::FinishWorkersExchange() {
     world->mirror.Settle(record);
     if (record) {
         CountJoined(exchange, *record);
+        CompareWithAnswer(exchange, *record);
     }
     if (exchange.Asks("@MCND")) {
         world->moves.ConditionAnswered(exchange.Text());
@@ -129,17 +142,57 @@ void Wire::CountJoined(const Exchange& exchange, const Record& record) {
     world->trace.Note("wire", "mixed from two replies: " + text);
 }
 
+void Wire::CompareWithAnswer(const Exchange& exchange, const Record& record) {
+    const auto shows = [&](const std::string& reply) {
+        OviskData told;
+        OviskData meant;
+        const auto answer = ReadPoll(exchange.request, reply);
+        Merge(record, told);
+        if (answer) {
+            Merge(*answer, meant);
+        }
+        return answer && Shown(told) == Shown(meant);
+    };
+    if (!plan_.bothKeys || shows(answered_.whole)) {
+        return;
+    }
+    const std::string text = exchange.Text();
+    if (answered_.isSpoilt) {
+        ++report_.garbled;
+    } else {
+        Require(std::ranges::count(olderReplies_, text) != 0,
+                "a record with numbers that the controller did not give", text);
+        ++report_.older;
+        world->trace.Note("wire", "the answer to an older question: " + text);
+    }
+}
+
 void Wire::Answer(const std::string& request, Time now) {
     stage_.AdvanceTo(now);
     std::string_view plain = request;
     plain.remove_suffix(plain.ends_with("\r\n") ? 2 : 0);
     Time at = std::max(now + plan_.latency, lineFree_);
-    for (const Piece& piece : faults_.Spoil(protocol_.Answer(plain))) {
+    const std::string whole = protocol_.Answer(plain);
+    std::string sent;
+    for (const Piece& piece : faults_.Spoil(whole)) {
+        sent += piece.bytes;
         at += piece.delay;
         Send(piece.bytes, at);
         at += ByteTimes(piece.bytes.size());
     }
     lineFree_ = at;
+    NoteAnswer({whole, faults_.SpoiltBytes()}, sent);
+}
+
+void Wire::NoteAnswer(const Answered& answered, const std::string& sent) {
+    constexpr std::size_t Remembered = 200;
+    olderReplies_.push_back(sent);
+    if (olderReplies_.size() > Remembered) {
+        olderReplies_.pop_front();
+    }
+    if (owner_ == Worker) {
+        answered_ = answered;
+    }
 }
 
 void Wire::Send(const std::string& bytes, Time begin) {
@@ -159,6 +212,7 @@ void Wire::Advance(Time now) {
     }
     for (; !outgoing_.empty() && outgoing_.front().due <= now; outgoing_.pop_front()) {
         if (pluggedIn_) {
+            waitsSince_ = arrived_.empty() ? outgoing_.front().due : waitsSince_;
             arrived_ += outgoing_.front().bytes;
         }
     }
@@ -166,6 +220,9 @@ void Wire::Advance(Time now) {
 
 std::string Wire::TakeDue(std::size_t most, std::chrono::nanoseconds /*now*/) {
     const std::string& thread = ThisThread();
+    if (looks_) {
+        return TakeLate(most);
+    }
     Require(thread == owner_, "two exchanges at one time", owner_ + " and " + thread);
     unread_ = false;
     Advance(Elapsed());
@@ -177,6 +234,25 @@ std::string Wire::TakeDue(std::size_t most, std::chrono::nanoseconds /*now*/) {
         if (thread == Worker) {
             world->mirror.StillReads();
         }
+    }
+    return bytes;
+}
+
+/// What waited on the line has been read away, but for what came in the last moment.
+void Wire::RequireNothingWaits() {
+    Advance(Elapsed());
+    const Time moment = Milliseconds(2) + 4 * plan_.LongestPause();
+    Require(arrived_.empty() || Elapsed() - waitsSince_ <= moment, "a late reply is left to wait",
+            arrived_);
+}
+
+std::string Wire::TakeLate(std::size_t most) {
+    Advance(Elapsed());
+    std::string bytes = arrived_.substr(0, most);
+    arrived_.erase(0, bytes.size());
+    if (!bytes.empty()) {
+        foundLate_ = true;
+        world->trace.Note(ThisThread(), "drops " + bytes);
     }
     return bytes;
 }

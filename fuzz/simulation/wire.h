@@ -38,6 +38,9 @@ class Wire : public LocalPeer {
     /// more.
     void ExpectLife();
 
+    /// The calling thread looks at what waits on the line, or does so no more.
+    void Look(bool begins) { looks_ = begins; }
+
     /// From now on a request of the worker breaks the rule.
     void WorkerMustBeSilent() { workerIsOver_ = true; }
 
@@ -58,10 +61,21 @@ class Wire : public LocalPeer {
         std::string bytes;
     };
 
+    /// What the controller has answered, before anything was spoilt.
+    struct Answered {
+        std::string whole;
+        bool isSpoilt = false;
+    };
+
     void Judge(const std::string& thread, const std::string& request);
     void FinishWorkersExchange();
     void CountJoined(const Exchange& exchange, const Record& record);
+    /// Where a reply can't be another's, its numbers are those of the controller's answer.
+    void CompareWithAnswer(const Exchange& exchange, const Record& record);
     void Answer(const std::string& request, Time now);
+    void NoteAnswer(const Answered& answered, const std::string& sent);
+    std::string TakeLate(std::size_t most);
+    void RequireNothingWaits();
     void Send(const std::string& bytes, Time begin);
     void Advance(Time now);
     Time ByteTimes(std::size_t count) const;
@@ -73,10 +87,15 @@ class Wire : public LocalPeer {
     simulator::Protocol protocol_{stage_};
     simulator::RequestReader reader_{Milliseconds(6)};
     std::map<std::string, Exchange> exchanges_;
+    Answered answered_;  ///< to the worker's last request
+    std::deque<std::string> olderReplies_;
+    bool looks_ = false;
+    bool foundLate_ = false;
     std::string owner_;
     bool unread_ = false;
     std::deque<Outgoing> outgoing_;
     std::string arrived_;
+    Time waitsSince_{0};
     Time lineFree_{0};
     Time startedAt_{0};
     bool pluggedIn_ = true;

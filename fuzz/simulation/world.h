@@ -22,7 +22,7 @@ struct World {
     Trace trace;
     Mirror mirror{plan.scaleFactor};
     LampRules lamps;
-    MoveRules moves{report};
+    MoveRules moves{report, plan.bothKeys};
     HomingRules homing{report, plan.automatic};
     HealthRules health{plan};
     Wire wire{plan, report};
@@ -35,6 +35,9 @@ struct World {
 
 /// The process's.
 extern World* world;
+
+/// How the module says that it is.
+ZbOviskHealth Health();
 
 /// Every thread that the simulation has not made is the module's own: its worker.
 inline const std::string Worker = "worker";
