@@ -16,10 +16,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void WriteSettings(bool panel) {
-    test_support::WriteSettings("[Ovisk]\nPort=" + std::to_string(PortNumber) +
-                                "\nScaleFactor=250\nSerialLog=1\nDialog=" + (panel ? "1" : "0") +
-                                "\n");
+void WriteSettings(const Operation& operation) {
+    test_support::WriteSettings(
+        "[Ovisk]\nPort=" + std::to_string(PortNumber) +
+        "\nScaleFactor=250\nSerialLog=1\nDialog=" + (operation.isWithPanel ? "1" : "0") + "\n" +
+        (operation.hasBothKeys ? "Reopen=1\nStrictReplies=1\n" : ""));
 }
 
 /// Open files, and mapped ones of the machine.
@@ -109,7 +110,10 @@ void Live(const Operation& operation, const Plan& plan, const Remains& bounds, R
     // An error text that a string has to allocate, and a viewer, so that the log's event is used.
     life.line.Stage().At(simulator::AxisName::Z).Settings().error = "E17 the column has no origin";
     const WindowTitle viewer(u"Zembra Log");
-    WriteSettings(operation.isWithPanel);
+    WriteSettings(operation);
+    if (operation.hasBothKeys) {
+        life.line.AllowQueries(RemoteRequest);  // With each return of the line.
+    }
     life.isPanelWanted = operation.isWithPanel;
 
     operation.prepare(life);

@@ -41,6 +41,9 @@ void Line::Receive(std::string_view bytes, std::chrono::nanoseconds now) {
 }
 
 void Line::Answer(std::string_view request, std::chrono::nanoseconds now) {
+    if (isMute_) {
+        return;
+    }
     request.remove_suffix(request.ends_with("\r\n") ? 2 : 0);
     Stage();
     const std::string reply = protocol_.Answer(request);
@@ -49,6 +52,11 @@ void Line::Answer(std::string_view request, std::chrono::nanoseconds now) {
     if (first != reply.size()) {
         outgoing_.emplace_back(now + Latency + Break, reply.substr(first));
     }
+}
+
+void Line::SayLate(const std::string& reply) {
+    outgoing_.emplace_back(virtual_time::Elapsed(), reply);
+    theWorld->port->Changed();
 }
 
 std::string Line::TakeDue(std::size_t most, std::chrono::nanoseconds now) {

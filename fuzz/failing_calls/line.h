@@ -29,6 +29,10 @@ class Line : public LocalPeer {
     bool Awaits(const std::string& request) const { return allowed_.contains(request); }
     /// Queries that only some operations need.
     void AllowQueries(const std::string& request) { queries_.insert(request); }
+    /// Requests are heard and not answered, or again are.
+    void SetMute(bool on) { isMute_ = on; }
+    /// Says something that nobody asks for now.
+    void SayLate(const std::string& reply);
     /// Nothing may be sent any more, or again.
     void SetSilent(bool on) { silent_ = on; }
 
@@ -44,6 +48,7 @@ class Line : public LocalPeer {
     std::deque<std::pair<std::chrono::nanoseconds, std::string>> outgoing_;
     int answers_ = 0;
     bool silent_ = false;
+    bool isMute_ = false;
 };
 
 }  // namespace failing

@@ -36,6 +36,16 @@ void Poll(World&) {
     Pass(4s);
 }
 
+/// The controller is silent for so long that the line is lost, and talks again. What it says late
+/// is read away.
+void LoseLine(World& world) {
+    world.line.SetMute(true);
+    Pass(11s);
+    world.line.SetMute(false);
+    world.line.SayLate(">CPOSMR=7,7,7\r\n");
+    Pass(9s);
+}
+
 /// A read that fails leaves the host's record alone.
 void ReadRecord(World& world) {
     OviskData data;
@@ -172,6 +182,10 @@ constexpr Operation Table[] = {
     {"panel", Run, UsePanel, true},
     {"start and stop", Load, StartAndStop},
     {"unload", RunAndStop, Unload},
+    {"polling, both keys", Run, Poll, false, true},
+    {"lost line, both keys", Run, LoseLine, false, true},
+    {"move, both keys", Run, Move, false, true},
+    {"homing, both keys", RunAutomatic, HomeToTheEnd, false, true},
 };
 
 }  // namespace

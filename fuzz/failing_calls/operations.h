@@ -14,6 +14,7 @@ struct Operation {
     /// The part in which calls fail.
     void (*run)(World& world);
     bool isWithPanel = false;
+    bool hasBothKeys = false;  ///< `Reopen` and `StrictReplies`
 };
 
 std::span<const Operation> Operations();

@@ -55,7 +55,7 @@ void World::Load() {
 }
 
 void World::Start() {
-    line.Allow("@SMOD=1\r\n");
+    line.Allow(RemoteRequest);
     isStarted = true;
     Require(Module().OVISK_ZbrCmd(OviskCmd_Startup, startData), "a start answers false");
 }

@@ -46,6 +46,8 @@ struct World {
     bool isLampRefused = false;
 };
 
+inline constexpr const char* RemoteRequest = "@SMOD=1\r\n";
+
 /// The process's.
 extern World* theWorld;
 

@@ -382,8 +382,9 @@ TEST_P(HomingOnALostLine, EndsAsFailedAndStartsNothingLate) {
     EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
     PlugCable();
     ExpectReturn();
-    EXPECT_FALSE(StillAsks());
+    ASSERT_TRUE(Line()->WaitForRequest("@LABR?\r\n", 2, 60s));
     EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
+    EXPECT_FALSE(StillAsks());
 
     OpenHome();
     const DialogDriver last(Caption());
@@ -407,13 +408,15 @@ TEST_F(ReopenTest, HomingStartThatWaitsAsTheLineIsLostIsNotSentLate) {
             return ++asked < 3 ? ScriptedReply(Wrong) : ScriptedReply("");
         });
         ASSERT_TRUE(Eventually([&] { return asked == 3; }));
+        Line()->TakeRequestLog();
         dialog.PressAndWait(IDOK);
         FinishHome();
         EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
         Answer({});
         ExpectReturn();
-        EXPECT_FALSE(StillAsks());
+        ASSERT_TRUE(Line()->WaitForRequest("@LABR?\r\n", 2, 60s));
         EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
+        EXPECT_FALSE(StillAsks());
         Unload();
         log.Take();
     }
