@@ -214,6 +214,8 @@ void Wire::Advance(Time now) {
         if (pluggedIn_) {
             waitsSince_ = arrived_.empty() ? outgoing_.front().due : waitsSince_;
             arrived_ += outgoing_.front().bytes;
+        } else {
+            answered_.isSpoilt = true;  // What is left of a line may have its form still.
         }
     }
 }

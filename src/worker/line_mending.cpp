@@ -77,7 +77,8 @@ bool TendLostLine() {
     }
     if (!IsMended()) {
         ClosePort();
-        // A try at a silent line takes seconds itself, and must not come on top of the longest pause.
+        // A try at a silent line takes seconds itself, and must not come on top of the longest
+        // pause.
         BeginPause(std::min(2 * tryPause, LongestPause), now);
         return false;
     }
