@@ -1,8 +1,7 @@
 #include <array>
 #include <atomic>
 
-#include "module/homing_test.h"
-#include "resources/resource_ids.h"
+#include "module/reopen_test.h"
 
 // With `Reopen` the module mends a lost line by itself.
 
@@ -10,91 +9,19 @@ using namespace std::chrono_literals;
 using simulator::Device;
 using simulator::ScriptedReply;
 using simulator::StageModel;
-using test_support::AutoCaption;
 using test_support::ClockJumps;
-using test_support::DialogDriver;
 using test_support::Eventually;
-using test_support::HomingTest;
 using test_support::IsAbout;
-using test_support::ManualCaption;
 using test_support::milliseconds;
 using test_support::Now;
 using test_support::Pause;
-using test_support::SimulatedController;
+using test_support::ReopenSettings;
+using test_support::ReopenTest;
 using test_support::TimeOf;
 using test_support::TimesAreExact;
+using test_support::WrongReply;
 
 namespace {
-
-const std::string Wrong = ">NO=1\r\n";
-const std::string Settings = "CmdPoll=20\nDelay=0\nReopen=1\n";
-
-class ReopenTest : public HomingTest {
-  protected:
-    using Answers = std::vector<std::pair<std::string, std::string>>;
-
-    void StartOnLine(const std::string& settings = Settings, std::uintptr_t data = 0) {
-        StartModule(data, settings);
-        Line()->With([](StageModel& stage) { stage.Place({100, 200, 300}); });
-        ASSERT_TRUE(SeesPosition(1, 2, 3));
-    }
-    SimulatedController& Line() { return *controller; }
-
-    /// From now on requests that begin so get these replies, an empty one being none at all.
-    void Answer(const Answers& answers) {
-        Line()->SetScript([answers](const std::string& asked) -> std::optional<ScriptedReply> {
-            for (const auto& [request, reply] : answers) {
-                if (asked.starts_with(request)) {
-                    return reply;
-                }
-            }
-            return std::nullopt;
-        });
-    }
-    /// Where the port is the system's own it stays, and the controller falls silent.
-    void PullCable() {
-        Line()->With([](Device& device) { device.PullCable(); });
-    }
-    void PlugCable() {
-        Line()->With([](Device& device) { device.PlugCable(); });
-    }
-    void LoseLine() {
-        PullCable();
-        ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
-        Line()->TakeRequestLog();
-    }
-    void ExpectReturn() {
-        EXPECT_TRUE(log.WaitFor("LINE IS BACK\n"));
-        EXPECT_EQ(Health().link, ZBOVISK_LINK_ANSWERS);
-    }
-    std::size_t Logged(const std::string& text) {
-        const std::string all = log.Text();
-        std::size_t count = 0;
-        for (std::size_t at = all.find(text); at != all.npos; at = all.find(text, at + 1)) {
-            ++count;
-        }
-        return count;
-    }
-    /// The times from one opening of the port to the next, from now on.
-    std::vector<milliseconds> TimesOfTries(std::size_t count) {
-        std::vector<milliseconds> times;
-        milliseconds last = Now();
-        for (std::size_t seen = Logged("ZbComOpen opening"); times.size() < count; ++seen) {
-            EXPECT_TRUE(Eventually([&] { return Logged("ZbComOpen opening") > seen; }));
-            times.push_back(Now() - last);
-            last = Now();
-        }
-        return times;
-    }
-    bool Move(CncNotifyCallback callback = nullptr, std::intptr_t data = 0) {
-        return Module().ZbOvisk_CncGotoAbsoluteNotifyWorld(0.01, 0, 0, callback, data);
-    }
-    std::vector<std::string> Sent(const std::string& begin) {
-        std::vector<std::string> requests = Line()->RequestLog();
-        std::erase_if(requests, [&](const auto& one) { return !one.starts_with(begin); });
-        return requests;
-    }
-};
 
 TEST_F(ReopenTest, PulledCableComesBackByItself) {
     StartOnLine();
@@ -153,7 +80,7 @@ TEST_F(ReopenTest, TriesComeAfterTwiceThePauseEachTime) {
 
 TEST_F(ReopenTest, PortIsClosedBetweenTheTries) {
     StartOnLine();
-    Answer({{"@", Wrong}});
+    Answer({{"@", WrongReply}});
     ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
     ASSERT_TRUE(Eventually([this] { return Logged("ZbComOpen opening") >= 4; }));
     ASSERT_TRUE(Eventually([] {
@@ -171,8 +98,9 @@ TEST_F(ReopenTest, ThreeExchangesInARowWithoutAGoodReplyLoseTheLine) {
     Line()->SetScript([&asked](const std::string&) -> std::optional<ScriptedReply> {
         constexpr std::array Pattern{'w', 'w', 'g', 'w', 'w', 'g', 'w', 'w', 'w'};
         const auto next = static_cast<std::size_t>(asked++);
-        return next < Pattern.size() && Pattern[next] != 'g' ? std::optional<ScriptedReply>(Wrong)
-                                                             : std::nullopt;
+        return next < Pattern.size() && Pattern[next] != 'g'
+                   ? std::optional<ScriptedReply>(WrongReply)
+                   : std::nullopt;
     });
     ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
     EXPECT_EQ(Health().exchangesFailed, 7U);
@@ -183,7 +111,7 @@ TEST_F(ReopenTest, ThreeExchangesInARowWithoutAGoodReplyLoseTheLine) {
 
 TEST_F(ReopenTest, ReturnTakesRemoteModeAndPosition) {
     StartOnLine();
-    Answer({{"@", Wrong}});
+    Answer({{"@", WrongReply}});
     ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
     const struct {
         Answers answers;
@@ -191,7 +119,7 @@ TEST_F(ReopenTest, ReturnTakesRemoteModeAndPosition) {
         const char* notSeen;
     } cases[] = {
         {{{"@SMOD", ""}}, "@SMOD=1\r\n", "@CPOSMR?\r\n"},
-        {{{"@CPOSMR", Wrong}}, "@CPOSMR?\r\n", "@SSWC?\r\n"},
+        {{{"@CPOSMR", WrongReply}}, "@CPOSMR?\r\n", "@SSWC?\r\n"},
         {{{"@CPOSMR", ">CPOSMR=#,E1\r\n"}}, "@CPOSMR?\r\n", "@SSWC?\r\n"},
     };
     for (const auto& test : cases) {
@@ -211,7 +139,7 @@ TEST_F(ReopenTest, PortThatComesAfterTheStartIsFound) {
     if (!ClockJumps()) {
         GTEST_SKIP() << "the port has to appear";
     }
-    Load(Settings);
+    Load(ReopenSettings);
     Start();
     ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
     EXPECT_STREQ(Health().lastFailure, "@CPOSMR?: the port could not be opened");
@@ -281,7 +209,7 @@ TEST_F(ReopenTest, WatchedMoveIsToldOnceAsEndedWithAnError) {
     EXPECT_EQ(told, 1);
     EXPECT_EQ(Sent("@MCND").size(), 0U) << "nobody watches any more";
 
-    Answer({{"@MCND", Wrong}});
+    Answer({{"@MCND", WrongReply}});
     ASSERT_TRUE(Move(callback));
     ASSERT_TRUE(Line()->WaitForRequest("@MCND?\r\n", 2, 30s)) << "one bad answer is no end";
     Answer({{"@MCND", ">MCND=0,0,0,0,1,1,1,0,0,0,0,0,0\r\n"}});
@@ -311,112 +239,6 @@ TEST_F(ReopenTest, StopWhileLostIsBoundedAndTheLast) {
         PlugCable();
         Pause(TimesAreExact() ? 60s : 4s);
         EXPECT_EQ(Line()->RequestLog(), std::vector<std::string>{});
-        Unload();
-        log.Take();
-    }
-}
-
-/// A homing in one of its states.
-struct Progress {
-    const char* name;
-    bool automatic;
-    int presses;       ///< of OK
-    bool xIsFinished;  ///< the axis that follows is reached
-};
-
-void PrintTo(const Progress& stage, std::ostream* out) {
-    *out << stage.name;
-}
-
-const Progress Stages[] = {
-    {"left limit", false, 0, false},  {"X return by hand", false, 1, false},
-    {"front limit", false, 1, true},  {"Y return by hand", false, 2, true},
-    {"confirmation", true, 0, false}, {"X return", true, 1, false},
-    {"Y return", true, 1, true},
-};
-
-class HomingOnALostLine : public ReopenTest, public testing::WithParamInterface<Progress> {
-  protected:
-    /// Brings the dialog that is open to the state.
-    void LeadTo(const DialogDriver& dialog, const Progress& stage) {
-        SetCondition("0,0,0,1,0");
-        if (stage.presses >= 1) {
-            dialog.Press(IDOK);
-            ASSERT_TRUE(Comes(stage.automatic ? "@CRZAX\r\n" : "@CRZMX=1\r\n"));
-        }
-        if (stage.xIsFinished) {
-            SetCondition("0,0,0,2,1");
-            ASSERT_TRUE(stage.automatic ? Comes("@CRZAY\r\n") : Eventually([&] {
-                return dialog.IsEnabled(IDOK) &&
-                       dialog.Picture(IDC_HOMING_PICTURE) == IDB_TABLE_FRONT;
-            }));
-        }
-        if (stage.presses >= 2) {
-            dialog.Press(IDOK);
-            ASSERT_TRUE(Comes("@CRZMY=1\r\n"));
-        }
-    }
-    const std::string& Caption() { return GetParam().automatic ? AutoCaption : ManualCaption; }
-};
-
-TEST_P(HomingOnALostLine, EndsAsFailedAndStartsNothingLate) {
-    StartOnLine(Settings, GetParam().automatic ? 1 : 0);
-    OpenHome();
-    const DialogDriver dialog(Caption());
-    LeadTo(dialog, GetParam());
-    EXPECT_TRUE(IsTold(GetParam().automatic ? ZBOVISK_HOMING_AUTOMATIC : ZBOVISK_HOMING_BY_HAND,
-                       GetParam().automatic ? GetParam().presses + (GetParam().xIsFinished ? 1 : 0)
-                                            : 1 + (GetParam().xIsFinished ? 1 : 0),
-                       ZBOVISK_HOMING_END_NONE));
-    LoseLine();
-    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
-    FinishHome();
-    EXPECT_FALSE(dialog.Exists());
-
-    OpenHome();
-    const DialogDriver again(Caption());
-    EXPECT_TRUE(IsTold(GetParam().automatic ? ZBOVISK_HOMING_AUTOMATIC : ZBOVISK_HOMING_BY_HAND,
-                       GetParam().automatic ? 0 : 1, ZBOVISK_HOMING_FAILED));
-    again.Press(IDOK);
-    FinishHome();
-    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
-    PlugCable();
-    ExpectReturn();
-    ASSERT_TRUE(Line()->WaitForRequest("@LABR?\r\n", 2, 60s));
-    EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
-    EXPECT_FALSE(StillAsks());
-
-    OpenHome();
-    const DialogDriver last(Caption());
-    LeadTo(last, {"whole", GetParam().automatic, GetParam().automatic ? 1 : 2, true});
-    SetCondition("0,0,0,2,2");
-    FinishHome();
-    EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FINISHED));
-}
-
-INSTANTIATE_TEST_SUITE_P(Reopen, HomingOnALostLine, testing::ValuesIn(Stages));
-
-TEST_F(ReopenTest, HomingStartThatWaitsAsTheLineIsLostIsNotSentLate) {
-    for (const bool automatic : {false, true}) {
-        SCOPED_TRACE(automatic);
-        StartOnLine(Settings, automatic ? 1 : 0);
-        OpenHome();
-        const DialogDriver dialog(automatic ? AutoCaption : ManualCaption);
-        // The third failure is a silence: for 2.65 s the worker is inside its exchange.
-        std::atomic<int> asked{0};
-        Line()->SetScript([&asked](const std::string&) -> std::optional<ScriptedReply> {
-            return ++asked < 3 ? ScriptedReply(Wrong) : ScriptedReply("");
-        });
-        ASSERT_TRUE(Eventually([&] { return asked == 3; }));
-        Line()->TakeRequestLog();
-        dialog.PressAndWait(IDOK);
-        FinishHome();
-        EXPECT_TRUE(IsTold(ZBOVISK_HOMING_NONE, 0, ZBOVISK_HOMING_FAILED));
-        Answer({});
-        ExpectReturn();
-        ASSERT_TRUE(Line()->WaitForRequest("@LABR?\r\n", 2, 60s));
-        EXPECT_EQ(TakeCommands(), std::vector<std::string>{});
-        EXPECT_FALSE(StillAsks());
         Unload();
         log.Take();
     }
