@@ -42,7 +42,7 @@ class Client {
 };
 
 TEST(ControlPort, AnswersEachLineWithOneLine) {
-    Device device;
+    Device device({.portGoesWithCable = true});
     ControlPort port(0, [&](std::string_view line) { return RunControlLine(device, line); });
     Client client(port);
     Client other(port);
@@ -64,11 +64,19 @@ TEST(ControlPort, AnswersEachLineWithOneLine) {
         {"seed 18446744073709551615", "seed=18446744073709551615;"},
         {"cable out", "cable=out;"},
         {"cable in", "cable=in;"},
+        {"unplug 86400", "cable=out;"},
+        {"cable in", "cable=in;"},
+        {"power 0.5", "power=off;"},
         {"lamp 11 1", "error: usage: lamp N VALUE"},
         {"axis Q 1", "error: usage: axis AXIS COUNTS"},
         {"cancel now", "error: usage: cancel"},
         {"time-factor 0", "error: usage: time-factor FACTOR"},
         {"fault garbled=1.5", "error: usage: fault NAME=P"},
+        {"unplug 0", "error: usage: unplug SECONDS"},
+        {"unplug 1 2", "error: usage: unplug SECONDS"},
+        {"unplug nan", "error: usage: unplug SECONDS"},
+        {"power 86401", "error: usage: power SECONDS"},
+        {"power", "error: usage: power SECONDS"},
         {"state lost", "error: usage: state NAME"},
         {"open sesame", "error: unknown command, see help"}};
     for (const auto& [command, seen] : conversation) {
@@ -88,6 +96,34 @@ TEST(ControlPort, AnswersEachLineWithOneLine) {
     EXPECT_EQ(other.Line(), "error: line too long");
     client.Send("help\n");
     EXPECT_TRUE(client.Line().starts_with("ok   position X Y Z"));
+}
+
+TEST(Away, ComesBackByItselfAtTheEndOfItsTime) {
+    struct Case {
+        const char* command;
+        const char* answer;
+        bool portGoes;
+        bool forgets;
+    };
+    const Case cases[] = {
+        {"unplug 2.5", "ok", true, false},
+        {"unplug 2.5", "ok the port can't be taken away: the line is dead", false, false},
+        {"power 2.5", "ok", true, true},
+    };
+    for (const Case& one : cases) {
+        Device device({.bitsPerSecond = 0, .portGoesWithCable = one.portGoes});
+        const auto ask = [&](const std::string& request, Time now) {
+            device.Receive(request + "\r\n", now);
+            return device.TakeDue(now);
+        };
+        ASSERT_EQ(RunControlLine(device, "state homed"), "ok");
+        ASSERT_EQ(ask("@SMOD=1", 9s), ">SMOD=1\r\n");
+        device.AdvanceTo(10s);
+        EXPECT_EQ(RunControlLine(device, one.command), one.answer);
+        EXPECT_EQ(ask("@SMOD?", 12'500ms - 1us), "") << one.command;
+        EXPECT_EQ(ask("@SMOD?", 12'500ms), one.forgets ? ">SMOD=0\r\n" : ">SMOD=1\r\n");
+        EXPECT_EQ(ask("@CCND?", 13s), one.forgets ? ">CCND=0,0,0,0,0\r\n" : ">CCND=0,0,0,2,2\r\n");
+    }
 }
 
 TEST(NamedStates, ShowOnTheWire) {

@@ -33,7 +33,7 @@ Outcome Run(Device& device, std::span<const ConsoleCommand> commands, std::strin
         const std::string values(found->values);
         return {"usage: " + std::string(name) + (values.empty() ? "" : " " + values), ""};
     }
-    return {};
+    return {"", std::string(found->remark ? found->remark(device) : "")};
 }
 
 Outcome Run(Device& device, std::string_view line) {

@@ -18,6 +18,8 @@ struct ConsoleCommand {
     /// Takes its values and carries the command out if `words` is at its end then. False: a value
     /// is wrong, and nothing has changed.
     bool (*run)(Device& device, Words& words);
+    /// What else has to be said once it has been carried out; empty: nothing.
+    std::string_view (*remark)(const Device& device) = nullptr;
 };
 
 /// The commands for axes, switches and lamps.

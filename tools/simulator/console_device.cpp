@@ -65,6 +65,36 @@ bool Cable(Device& device, Words& words) {
     return good;
 }
 
+/// How long something goes away; nothing if a value is wrong.
+std::optional<Time> TakeAway(Words& words) {
+    constexpr double Longest = 86'400;
+    const auto seconds = words.Take<double>();
+    if (!seconds || !(*seconds > 0 && *seconds <= Longest) || !words.AtEnd()) {
+        return std::nullopt;
+    }
+    return std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
+}
+
+bool Unplug(Device& device, Words& words) {
+    const auto away = TakeAway(words);
+    if (away) {
+        device.PullCable(away);
+    }
+    return away.has_value();
+}
+
+std::string_view RemarkOfUnplug(const Device& device) {
+    return device.PortGoesWithCable() ? "" : "the port can't be taken away: the line is dead";
+}
+
+bool Power(Device& device, Words& words) {
+    const auto away = TakeAway(words);
+    if (away) {
+        device.SwitchOff(*away);
+    }
+    return away.has_value();
+}
+
 bool Reset(Device& device, Words& words) {
     if (words.AtEnd()) {
         device.Reset();
@@ -81,6 +111,9 @@ constexpr std::array Commands{
     ConsoleCommand{"seed", "N", "start the chances of the faults anew", Seed},
     ConsoleCommand{"refuse", "REQUEST CODE", "refuse e.g. MMVAL with E3; none: no longer", Refuse},
     ConsoleCommand{"cable", "out|in", "pull the cable of the line, plug it in", Cable},
+    ConsoleCommand{"unplug", "SECONDS", "pull the cable; it comes back by itself after so long",
+                   Unplug, RemarkOfUnplug},
+    ConsoleCommand{"power", "SECONDS", "switch the controller off for so long", Power},
     ConsoleCommand{"reset", "", "switch the controller off and on again", Reset},
 };
 

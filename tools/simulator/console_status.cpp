@@ -58,7 +58,8 @@ std::string ConsoleStatus(Device& device) {
     Add(text, "lamps", LampCount, [&](int i) { return model.Lamp(i); });
     text << "remote=" << model.Remote() << "\ncancelled=" << model.Cancelled()
          << "\ntime-factor=" << device.TimeFactor()
-         << "\ncable=" << (device.CableIn() ? "in" : "out") << "\nseed=" << faults.Seed() << "\n";
+         << "\ncable=" << (device.CableIn() ? "in" : "out")
+         << "\npower=" << (device.PowerOn() ? "on" : "off") << "\nseed=" << faults.Seed() << "\n";
     AddFaults(text, "faults", [&](Fault fault) { return faults.Probability(fault); });
     AddFaults(text, "faults-so-far", [&](Fault fault) { return faults.Count(fault); });
     std::string lines = text.str();

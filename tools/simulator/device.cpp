@@ -41,9 +41,9 @@ void Device::AdvanceTo(Time now) {
     }
 }
 
-void Device::PullCable() {
+void Device::PullCable(std::optional<Time> away) {
     cableIn_ = false;
-    cableBackAt_.reset();
+    cableBackAt_ = away ? std::optional(now_ + *away) : std::nullopt;
     ClearLine();
 }
 
@@ -52,9 +52,9 @@ void Device::PlugCable() {
     cableBackAt_.reset();
 }
 
-void Device::Reset() {
+void Device::SwitchOff(Time away) {
     model_.Reset();
-    bootedAt_ = now_ + settings_.faultTimes.boot;
+    bootedAt_ = now_ + away;
     ClearLine();
 }
 
@@ -112,8 +112,7 @@ void Device::Handle(const std::string& request, Time now) {
     if (model_.Commanded() && faults_.Happens(Fault::Reset)) {
         Reset();
     } else if (faults_.Happens(Fault::Cable)) {
-        PullCable();
-        cableBackAt_ = now + settings_.faultTimes.cableOut;
+        PullCable(settings_.faultTimes.cableOut);
     } else if (!faults_.Happens(Fault::Silence)) {
         Reply(WithoutLineEnd(request), now);
     }

@@ -28,6 +28,8 @@ struct DeviceSettings {
     /// So many requests are remembered; older ones are forgotten.
     std::size_t longestLog = 20'000;
     FaultTimes faultTimes{};
+    /// Whether the host's port goes with the cable; otherwise the host only meets silence.
+    bool portGoesWithCable = false;
 };
 
 /// The controller on its line, without a clock or a thread: bytes in, bytes out when they are due.
@@ -49,13 +51,17 @@ class Device {
     void SetTimeFactor(double factor) { stageClock_.SetFactor(factor, now_); }
     double TimeFactor() const { return stageClock_.Factor(); }
     /// Pulls the cable: what is under way in either direction is lost, and what the host sends
-    /// from now on too.
-    void PullCable();
+    /// from now on too. It comes back by itself after the time given, else when it is plugged in.
+    void PullCable(std::optional<Time> away = {});
     void PlugCable();
     bool CableIn() const { return cableIn_; }
-    /// Switches the controller off and on again: it forgets what StageModel::Reset says, and every
-    /// reply that is not out yet, and hears nothing until it has booted.
-    void Reset();
+    bool PortGoesWithCable() const { return settings_.portGoesWithCable; }
+    /// Switches the controller off for so long: it forgets what StageModel::Reset says, and every
+    /// reply that is not out yet, and hears nothing until then.
+    void SwitchOff(Time away);
+    bool PowerOn() const { return now_ >= bootedAt_; }
+    /// Switches the controller off and on again: off for as long as it boots.
+    void Reset() { SwitchOff(settings_.faultTimes.boot); }
 
     /// Lets the stage move on without any bytes.
     void AdvanceTo(Time now);
@@ -81,7 +87,7 @@ class Device {
     std::string Answer(std::string_view request);
     std::string AnswerWithAxisError(std::string_view request);
     void ClearLine();
-    bool Deaf() const { return !cableIn_ || now_ < bootedAt_; }
+    bool Deaf() const { return !cableIn_ || !PowerOn(); }
     void Send(const ScriptedReply& reply, Time start);
     Time ByteTimes(std::size_t count) const;
 
@@ -97,7 +103,7 @@ class Device {
     StageClock stageClock_;
     Faults faults_{settings_.faultTimes};
     bool cableIn_ = true;
-    /// When the cable that a fault pulled comes back; nothing if somebody has to plug it in.
+    /// When a pulled cable comes back by itself; nothing if somebody has to plug it in.
     std::optional<Time> cableBackAt_;
     Time bootedAt_{0};
 };

@@ -210,7 +210,11 @@ void Serve(simulator::Controller& controller, const Options& options) {
         }
         if (options.exercise) {
             const simulator::Time now = std::chrono::steady_clock::now() - start;
-            controller.With([&](StageModel& model) { exerciser.Step(model, now); });
+            controller.With([&](Device& device) {
+                if (device.PowerOn()) {
+                    exerciser.Step(device.Model(), now);
+                }
+            });
         }
         ShowRequests(controller, options.quiet);
     }
@@ -233,6 +237,7 @@ int Run(int argc, char** argv) {
     simulator::DeviceSettings settings;
     settings.bitsPerSecond = options.bitsPerSecond;
     settings.latency = Milliseconds(options.latency);
+    settings.portGoesWithCable = line->PortGoesWithCable();
     std::signal(SIGINT, AskToStop);
     std::signal(SIGTERM, AskToStop);
     if (trace) {

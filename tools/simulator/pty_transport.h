@@ -24,6 +24,8 @@ class PtyTransport : public Transport {
     bool Write(std::string_view bytes) override;
     void Wake() override;
 
+    bool PortGoesWithCable() const override { return true; }
+
     /// Pulls the cable: the link goes and the host's end of the line hangs up. From any thread;
     /// done when it returns.
     void Unplug() override;

@@ -21,6 +21,9 @@ class Transport {
     /// Ends a running `Read` early, from any thread, where the line can do that.
     virtual void Wake() {}
 
+    /// Whether the host's port goes with the cable. On other lines the host only meets silence.
+    virtual bool PortGoesWithCable() const { return false; }
+
     /// Pulls the cable and plugs it in again, as far as the host can see that by this kind of line;
     /// otherwise nothing. May throw std::system_error, and may be repeated.
     virtual void Unplug() {}
