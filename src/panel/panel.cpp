@@ -46,6 +46,7 @@ void StartTimer(HWND window) {
 void Begin(HWND window) {
     PanelStreamPosition = false;
     FillFields(window);
+    MyPanelShowRecovery(window);
     StartTimer(window);
 }
 
@@ -121,6 +122,7 @@ INT_PTR Handle(HWND window, UINT message, WPARAM wParam) {
         case WM_COMMAND:
             return Command(window, static_cast<int>(wParam & 0xFFFF));
         case WM_TIMER:
+            MyPanelShowRecovery(window);
             if (PanelStreamPosition) {
                 MyPanelGetPosition(window);
             }

@@ -1,7 +1,11 @@
 #include "panel/readouts.h"
 
+#include <array>
+#include <cstdio>
 #include <string>
 
+#include "link/line_gate.h"
+#include "link/link_health.h"
 #include "log/zbr_log.h"
 #include "replies/queries.h"
 #include "resources/resource_ids.h"
@@ -41,6 +45,7 @@ void ShowReadout(HWND panel, int control, bool (*query)(Reply&), std::uint32_t& 
         ++count;
         SetDlgItemTextA(panel, control, text(reply).c_str());
     }
+    MyPanelShowRecovery(panel);
 }
 
 }  // namespace
@@ -64,6 +69,18 @@ void MyPanelGetPosition(HWND panel) {
 
 void MyPanelGetStatus(HWND panel) {
     ShowReadout(panel, IDC_STATUS, MyQuerySswc, StatusReadoutCount, StatusText);
+}
+
+void MyPanelShowRecovery(HWND panel) {
+    std::array<char, 80> text{};
+    const int length = std::snprintf(text.data(), text.size(), "Reopen %d, StrictReplies %d",
+                                     ReopenWanted ? 1 : 0, StrictRepliesWanted ? 1 : 0);
+    if (ReopenWanted) {
+        const auto used = static_cast<std::size_t>(length);
+        std::snprintf(text.data() + used, text.size() - used, "%s, losses %u",
+                      LineIsLost() ? ", LINE LOST" : "", LineLosses());
+    }
+    SetDlgItemTextA(panel, IDC_RECOVERY, text.data());
 }
 
 void MyOvsCncCallbackFunc(bool finished, bool error, const McndReply*, std::intptr_t data) {

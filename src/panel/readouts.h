@@ -5,7 +5,7 @@
 #include "platform/win32.h"
 #include "replies/reply_records.h"
 
-// The panel's readouts put their own query to the controller, on the panel's thread, which they
+// But for the last of them, the panel's readouts put their own query to the controller, on the panel's thread, which they
 // hold for one exchange and the exchange before it at most. A failed query leaves the box as it
 // was; its cause is in the log.
 
@@ -17,6 +17,10 @@ void MyPanelReadPortFields(HWND panel);
 /// Both: copy the port fields, ask, count and show.
 void MyPanelGetPosition(HWND panel);
 void MyPanelGetStatus(HWND panel);
+
+/// Shows whether the module mends the line and takes strict replies only, whether the line is lost
+/// and how often it was. Asks nobody, and so waits for nothing.
+void MyPanelShowRecovery(HWND panel);
 
 /// What "Set Position" registers for the end of its move: logs it. Runs on the worker.
 void MyOvsCncCallbackFunc(bool finished, bool error, const McndReply* reply, std::intptr_t data);

@@ -81,6 +81,23 @@ TEST_F(PanelTest, PanelGoesWithItsThreadAndTheNextStartMakesANewOne) {
         << "its boxes show the line";
 }
 
+TEST_F(PanelTest, OnlyOneTurnsTheRecoveryOn) {
+    OpenPanel("CmdPoll=1000000\nReopen=2\nStrictReplies=1\n");
+    EXPECT_EQ(Panel().Text(IDC_RECOVERY), "Reopen 0, StrictReplies 1");
+}
+
+TEST_F(PanelTest, LostLineShowsUntilItIsBack) {
+    OpenPanel("CmdPoll=20\nReopen=1\n");
+    const auto shows = [this](const std::string& text) {
+        return Eventually([&] { return Panel().Text(IDC_RECOVERY) == text; }, 60s);
+    };
+    EXPECT_TRUE(shows("Reopen 1, StrictReplies 0, losses 0"));
+    Line()->SetScript([](const std::string&) { return ""; });
+    EXPECT_TRUE(shows("Reopen 1, StrictReplies 0, LINE LOST, losses 1"));
+    Line()->SetScript({});
+    EXPECT_TRUE(shows("Reopen 1, StrictReplies 0, losses 1"));
+}
+
 TEST_F(ModuleTest, OtherDialogValuesShowNoPanel) {
     PlugIn();
     Load("Dialog=2\n");
