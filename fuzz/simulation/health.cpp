@@ -37,9 +37,26 @@ bool IsGood(const Exchange& exchange) {
                : HasForm(text, prefix);
 }
 
+std::int32_t LinkOf(std::uint64_t good, std::uint64_t failuresInRow) {
+    return good == 0            ? ZBOVISK_LINK_NEVER_ANSWERED
+           : failuresInRow == 0 ? ZBOVISK_LINK_ANSWERS
+                                : ZBOVISK_LINK_FAILS;
+}
+
+void RequireFitsItself(const ZbOviskHealth& health) {
+    const bool isLost = health.link == ZBOVISK_LINK_LOST;
+    Require(health.failuresInRow <= health.exchangesFailed &&
+                (isLost ? health.linkLosses != 0
+                        : health.link == LinkOf(health.exchangesGood, health.failuresInRow)),
+            "the health contradicts itself",
+            "link " + std::to_string(health.link) + ", " + std::to_string(health.failuresInRow) +
+                " failures in a row, " + std::to_string(health.linkLosses) + " losses");
+}
+
 }  // namespace
 
-HealthRules::HealthRules(const Plan& plan) : slack_(20 * Milli(plan.LongestPause())) {
+HealthRules::HealthRules(const Plan& plan)
+    : slack_(20 * Milli(plan.LongestPause())), mends_(plan.bothKeys) {
     if (!plan.portComesLate) {
         unseen_ = 0;
     }
@@ -136,18 +153,19 @@ bool HealthRules::FitsAges(const State& state, const ZbOviskHealth& health) cons
 }
 
 bool HealthRules::Fits(const State& state, const ZbOviskHealth& health) const {
-    const std::int32_t link = state.good == 0  ? ZBOVISK_LINK_NEVER_ANSWERED
-                              : state.row == 0 ? ZBOVISK_LINK_ANSWERS
-                                               : ZBOVISK_LINK_FAILS;
     const std::uint64_t unseen = health.exchangesFailed - state.failed;
     const std::uint64_t row = state.row + (state.good == 0 ? unseen : 0);
-    return health.link == link && health.exchangesGood == state.good &&
+    return health.link == LinkOf(state.good, state.row) && health.exchangesGood == state.good &&
            unseen == unseen_.value_or(unseen) && health.failuresInRow == row &&
            FitsAges(state, health);
 }
 
 void HealthRules::ReadingEnds(const ZbOviskHealth& health, const Exchange& current,
                               bool isWorkers) {
+    if (mends_) {
+        RequireFitsItself(health);
+        return;
+    }
     AddStates(current, isWorkers);
     isReading_ = false;
     readingUntil_ = Now();

@@ -12,7 +12,8 @@ namespace simulation {
 
 /// What the health may tell of the line and of ages, worked out from the requests that went out and
 /// the bytes that were read. Nobody outside sees the moment at which the module notes something, so
-/// there may be two answers; a reading that fits none of them breaks the rule.
+/// there may be two answers; a reading that fits none of them breaks the rule. In a life that mends
+/// its line, where exchanges fail that never come to the line, a reading is only held to itself.
 class HealthRules {
   public:
     explicit HealthRules(const Plan& plan);
@@ -52,6 +53,7 @@ class HealthRules {
     bool IsAge(std::uint64_t age, const Moment& moment) const;
 
     const double slack_;
+    const bool mends_;
     State settled_;
     bool isReading_ = false;
     double readingSince_ = 0;

@@ -184,6 +184,7 @@ void MoveRules::ToldLost(std::size_t number, std::uint32_t losses) {
     Move& move = moves_[number];
     Require(!std::exchange(move.told, true), "a move is broken off that was told", move.request);
     Require(losses > move.losses, "a move is broken off on a line that was not lost", move.request);
+    move.toldError = true;
     ++report_.movesTold;
 }
 
@@ -250,7 +251,8 @@ void HomingRules::CheckHealth(const ZbOviskHealth& health) const {
     // By hand, a Cancel may come when the last axis has just finished.
     const bool isFinished = health.lastHoming == ZBOVISK_HOMING_FINISHED;
     const bool isCancelled = health.lastHoming == ZBOVISK_HOMING_CANCELLED;
-    Require(mayGoOn || (cancelled_ && isCancelled) || (!isAutomatic_ && isFinished),
+    const bool isBrokenOff = health.linkLosses != 0 && health.lastHoming == ZBOVISK_HOMING_FAILED;
+    Require(mayGoOn || isBrokenOff || (cancelled_ && isCancelled) || (!isAutomatic_ && isFinished),
             "a homing has ended otherwise than the health says", text);
 }
 
