@@ -5,9 +5,9 @@
 #include "platform/win32.h"
 #include "replies/reply_records.h"
 
-// But for the last of them, the panel's readouts put their own query to the controller, on the panel's thread, which they
-// hold for one exchange and the exchange before it at most. A failed query leaves the box as it
-// was; its cause is in the log.
+// But for the last of them, the panel's readouts put their own query to the controller, on the
+// panel's thread, which they hold for one exchange and the exchange before it at most. A failed
+// query leaves the box as it was; its cause is in the log.
 
 /// Copies the five boxes of the port into the port settings. A box without an unsigned number gives
 /// 0. A new number of the port takes effect with the next exchange of any thread, the rest with the
