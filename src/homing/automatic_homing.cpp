@@ -34,9 +34,7 @@ void StartDialog(HWND dialog, State& homing) {
     SetDlgItemTextW(dialog, IDC_HOMING_TEXT, homing.text);
     AutoHomingBitmap = LoadPicture(IDB_COLUMN_UP);
     ShowPicture(dialog, AutoHomingBitmap);
-    if (AutoHomingRuns()) {
-        EndHoming(homing.state, HomingEnd::Cancelled);
-    }
+    EndHoming(homing.state, HomingEnd::Cancelled);
     homing.state.Begin(State::Confirmation);
     WithdrawStarts();
     SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);

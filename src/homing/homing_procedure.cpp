@@ -5,12 +5,6 @@
 
 HomingEnd lastHomingEnd = HomingEnd::None;
 
-void EndHoming(HomingState& state, HomingEnd end) {
-    const LockHold hold(HealthLock);
-    state.Set(HomingIdle);
-    lastHomingEnd = end;
-}
-
 bool EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) {
     const LockHold hold(HealthLock);
     const bool isEnded = state.MoveOn(then, HomingIdle);
@@ -20,13 +14,18 @@ bool EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) {
     return isEnded;
 }
 
-void BreakOffHoming(HomingState& state, HWND dialog) {
+HomingState::Moment EndHoming(HomingState& state, HomingEnd end) {
     HomingState::Moment now = state.Now();
-    while (now.state != HomingIdle && !EndHoming(state, now, HomingEnd::Failed)) {
+    while (now.state != HomingIdle && !EndHoming(state, now, end)) {
         now = state.Now();
     }
-    if (now.state != HomingIdle && dialog != nullptr) {
-        PostMessageW(dialog, BreakOffMessage, now.run, 0);
+    return now;
+}
+
+void BreakOffHoming(HomingState& state, HWND dialog) {
+    const HomingState::Moment last = EndHoming(state, HomingEnd::Failed);
+    if (last.state != HomingIdle && dialog != nullptr) {
+        PostMessageW(dialog, BreakOffMessage, last.run, 0);
     }
 }
 

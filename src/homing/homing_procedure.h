@@ -54,10 +54,13 @@ enum class HomingEnd { None = 0, Finished = 1, Cancelled = 2, Failed = 3 };
 /// How the newest run of either procedure that is over has ended.
 extern HomingEnd lastHomingEnd ZB_GUARDED_BY(HealthLock);
 
-/// Ends the run, for whoever reads the health at one moment with how it ended. The dialog's thread.
-void EndHoming(HomingState& state, HomingEnd end) ZB_EXCLUDES(HealthLock);
-/// The same if nothing has changed since `then`; false when something has. Any thread.
+/// Ends the run if nothing has changed since `then`, for whoever reads the health at one moment
+/// with how it ended; false when something has changed. Any thread.
 bool EndHoming(HomingState& state, HomingState::Moment then, HomingEnd end) ZB_EXCLUDES(HealthLock);
+
+/// Ends the run that is under way, in whatever state it is; one that is over has ended as it did.
+/// Gives its last state, idle if there was none. Any thread.
+HomingState::Moment EndHoming(HomingState& state, HomingEnd end) ZB_EXCLUDES(HealthLock);
 
 /// Ends the run that is under way as failed, whatever its dialog does meanwhile, and asks the
 /// dialog to close, if it is there. The worker.

@@ -53,16 +53,19 @@ void StartDialog(HWND dialog, State& homing) {
 
 /// The command goes first and the state last: the worker never looks at an axis whose start is not
 /// queued, and sees a state only when the dialog shows it. A start that a lost line does not take
-/// ends the run; so has the worker, if the line was lost meanwhile.
+/// ends the run; so has the worker, if the line was lost meanwhile: a start is then taken back.
 void StartAxis(HWND dialog, State& homing, HomingState::Moment now, bool isPosted,
                const WCHAR* text) {
     const std::uint32_t next = now.state + 1;
-    if (isPosted) {
-        Show(dialog, text, false, next);
-        homing.state.MoveOn(now, next);
-    } else {
+    if (!isPosted) {
         EndHoming(homing.state, now, HomingEnd::Failed);
         EndDialog(dialog, 0);
+        return;
+    }
+    Show(dialog, text, false, next);
+    if (!homing.state.MoveOn(now, next)) {
+        WithdrawCommand(ManualXStartRequest);
+        WithdrawCommand(ManualYStartRequest);
     }
 }
 
@@ -105,9 +108,7 @@ void Advance(HWND dialog, State& homing, std::uint32_t state, std::uint32_t run)
 
 void LeaveDialog(State& homing) {
     ManualHomingDialog.store(nullptr);
-    if (ManualHomingRuns()) {
-        EndHoming(homing.state, HomingEnd::Cancelled);  // By the close box.
-    }
+    EndHoming(homing.state, HomingEnd::Cancelled);  // By the close box.
     for (HBITMAP& picture : ManualHomingBitmaps) {
         DeleteObject(picture);
         picture = nullptr;
