@@ -9,7 +9,6 @@
 
 using namespace std::chrono_literals;
 using simulator::ScriptedReply;
-using simulator::StageModel;
 using test_support::Eventually;
 using test_support::ModuleTest;
 using test_support::Now;

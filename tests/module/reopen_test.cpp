@@ -6,14 +6,12 @@
 // With `Reopen` the module mends a lost line by itself.
 
 using namespace std::chrono_literals;
-using simulator::Device;
 using simulator::ScriptedReply;
 using simulator::StageModel;
 using test_support::ClockJumps;
 using test_support::Eventually;
 using test_support::IsAbout;
 using test_support::milliseconds;
-using test_support::Now;
 using test_support::Pause;
 using test_support::ReopenSettings;
 using test_support::ReopenTest;
@@ -94,14 +92,15 @@ TEST_F(ReopenTest, PortIsClosedBetweenTheTries) {
 
 TEST_F(ReopenTest, ThreeExchangesInARowWithoutAGoodReplyLoseTheLine) {
     StartOnLine();
-    std::atomic<int> asked{0};
-    Line()->SetScript([&asked](const std::string&) -> std::optional<ScriptedReply> {
+    const auto answer =
+        [asked = std::size_t{0}](const std::string&) mutable -> std::optional<ScriptedReply> {
         constexpr std::array Pattern{'w', 'w', 'g', 'w', 'w', 'g', 'w', 'w', 'w'};
-        const auto next = static_cast<std::size_t>(asked++);
+        const std::size_t next = asked++;
         return next < Pattern.size() && Pattern[next] != 'g'
                    ? std::optional<ScriptedReply>(WrongReply)
                    : std::nullopt;
-    });
+    };
+    Line()->SetScript(answer);
     ASSERT_TRUE(log.WaitFor("LINE LOST\n"));
     EXPECT_EQ(Health().exchangesFailed, 7U);
     ExpectReturn();

@@ -8,7 +8,7 @@
 _Static_assert(sizeof(bool) == 1, "a flag is one byte");
 _Static_assert(sizeof(struct ZbOviskStage) == 220, "the stage's size is part of the interface");
 _Static_assert(offsetof(struct ZbOviskStage, switches) == 128, "and so are its places");
-_Static_assert(sizeof(struct ZbOviskHealth) == 264, "the health's size is part of the interface");
+_Static_assert(sizeof(struct ZbOviskHealth) == 272, "the health's size is part of the interface");
 _Static_assert(offsetof(struct ZbOviskHealth, lastFailure) == 64, "and so are its places");
 _Static_assert(offsetof(struct ZbOviskHealth, positionAge) == 160, "");
 _Static_assert(offsetof(struct ZbOviskHealth, moveText) == 220, "");

@@ -9,7 +9,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* Workers[] = {"notStarted", "runs", "stopped", "ended"};
-constexpr const char* Links[] = {"neverAnswered", "answers", "fails"};
+constexpr const char* Links[] = {"neverAnswered", "answers", "fails", "lost"};
 constexpr const char* Moves[] = {"none",    "underWay", "endedWell", "endedWithError",
                                  "refused", "replaced", "lost"};
 constexpr const char* Homings[] = {"none", "byHand", "automatic"};
@@ -69,6 +69,7 @@ Json JsonOfHealth(const ZbOviskHealth& health) {
         {"previousMove", Word(Moves, health.previousMove)},
         {"moveTarget", health.moveTarget},
         {"moveText", health.moveText},
+        {"linkLosses", health.linkLosses},
         {"homing", Word(Homings, health.homing)},
         {"homingAxis", health.homingAxis},
         {"lastHoming", Word(HomingEnds, health.lastHoming)},
